@@ -1,0 +1,21 @@
+#include <system_error>
+
+#include "common/exc/sys_text.h"
+
+namespace exc {
+
+std::string system_error_text(uint32_t code) {
+  std::string text;
+  try {
+    text = std::system_category().message(static_cast<int>(code));
+  } catch (...) {
+    text.clear();
+  }
+  if (text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) text.resize(text.size() - 2);
+  return text;
+}
+
+// The host build has no COM error objects.
+std::string com_error_description() { return std::string(); }
+
+}  // namespace exc

@@ -1,0 +1,117 @@
+#include "frame/oracle_manager.h"
+
+#include "common/exc/rethrow.h"
+#include "common/logging/log_step.h"
+#include "common/text/convert.h"
+
+namespace specific::oracle {
+
+namespace {
+
+// Runs one operation and adds its failure line to whatever escapes.
+template <typename Body>
+auto run_operation(const char* failure_line, Body&& body) -> decltype(body()) {
+  try {
+    return body();
+  } catch (const std::exception& e) {
+    exc::rethrow_with_trace(failure_line, e);
+  }
+}
+
+}  // namespace
+
+void operation_not_available(const char* operation) {
+  throw exc::runtime_exc_t("The operation [%1] is not available in this build of the library.",
+                           operation);
+}
+
+COracleManager& COracleManager::instance() {
+  static COracleManager manager;
+  return manager;
+}
+
+std::u16string COracleManager::explore(bool /*option*/, const conn_t& /*conn*/,
+                                       const std::u16string& /*configXml*/) {
+  return run_operation("Oracle manager failed to explore Oracle instances", [&]() -> std::u16string {
+    logging::log_step_t step(logging::oralib(), "Exploring oracle instances");
+    operation_not_available("explore");
+  });
+}
+
+void COracleManager::delete_logs_by_time(const std::u16string& /*home*/, const std::u16string& sid,
+                                         int32_t /*minutes*/, const conn_t& /*conn*/) {
+  run_operation("Oracle manager failed to delete archived logs by time", [&] {
+    logging::log_step_t step(logging::oralib(), "Deleting oracle logs by time. Sid: %1",
+                             util::to_utf8(sid));
+    operation_not_available("delete logs by time");
+  });
+}
+
+void COracleManager::delete_logs_by_size(const std::u16string& /*home*/, const std::u16string& sid,
+                                         uint64_t /*size*/, const conn_t& /*conn*/) {
+  // The by-size operation reports its failure with the by-time line; callers match on it.
+  run_operation("Oracle manager failed to delete archived logs by time", [&] {
+    logging::log_step_t step(logging::oralib(), "Deleting oracle logs by size. Sid: %1",
+                             util::to_utf8(sid));
+    operation_not_available("delete logs by size");
+  });
+}
+
+std::u16string COracleManager::prepare(const std::u16string& /*configXml*/, const conn_t& /*conn*/,
+                                       const std::u16string& /*osUser*/,
+                                       const std::u16string& /*osPassword*/) {
+  return run_operation("Oracle manager failed to prepare dbs for backup",
+                       []() -> std::u16string { operation_not_available("prepare"); });
+}
+
+void COracleManager::finish(const std::u16string& /*dbPrepareXml*/, const conn_t& /*conn*/) {
+  run_operation("Oracle manager failed to finish dbs backup",
+                [] { operation_not_available("finish"); });
+}
+
+std::u16string COracleManager::backup_logs(const std::u16string& /*home*/,
+                                           const std::u16string& sid,
+                                           const std::u16string& /*usn*/,
+                                           const std::u16string& /*lastRecId*/,
+                                           const conn_t& /*conn*/) {
+  return run_operation("Oracle manager failed to backup archived logs", [&]() -> std::u16string {
+    logging::log_step_t step(logging::oralib(), "Backup oracle logs. Sid: %1", util::to_utf8(sid));
+    operation_not_available("backup logs");
+  });
+}
+
+std::u16string COracleManager::logs_folder() {
+  return run_operation("Oracle manager failed to get oracle logs temp folder",
+                       []() -> std::u16string { operation_not_available("logs folder"); });
+}
+
+std::u16string COracleManager::enum_logs() {
+  return run_operation("Oracle manager failed to enum logs", []() -> std::u16string {
+    logging::log_step_t step(logging::oralib(), "Enumerating oracle logs");
+    operation_not_available("enumerate logs");
+  });
+}
+
+void COracleManager::remove_logs_in_temp(const std::u16string& logsXml) {
+  run_operation("Oracle manager failed to remove logs in temp", [&] {
+    logging::log_step_t step(logging::oralib(), "Removing oracle logs in temp: %1",
+                             util::to_utf8(logsXml));
+    operation_not_available("remove logs in temp");
+  });
+}
+
+bool COracleManager::restore_required() {
+  return run_operation("Oracle manager failed to check if restore required",
+                       []() -> bool { operation_not_available("restore required"); });
+}
+
+void COracleManager::do_restore() {
+  run_operation("Oracle manager failed to do db restore", [] {
+    logging::log_step_t step(logging::oralib(), "Performing oracle db restore");
+    operation_not_available("do restore");
+  });
+}
+
+void COracleManager::test() { operation_not_available("test"); }
+
+}  // namespace specific::oracle
