@@ -15,46 +15,47 @@ namespace {
 // common path.
 constexpr int32_t kWritesPerRotationCheck = 1000;
 
-// Each thread keeps its nesting per log. The storage is plain data, so a thread that ends, or
-// a library that is unloaded while threads still run, leaves nothing to clean up. A slot at
-// depth 0 carries no information and is free for any log; only when every slot holds a deeper
-// nesting of other logs is a further log's nesting lost, and it then reads as 0.
+// Each thread keeps its nesting per log, in plain data: a thread that ends, or a library that
+// is unloaded while threads still run, leaves nothing to clean up. A log takes one slot of
+// every thread's storage for its lifetime; a slot still holding the key of an earlier log
+// reads as 0 for the new one.
 struct indent_slot_t {
   uint64_t key;
   int depth;
 };
-constexpr size_t kIndentSlots = 8;
+constexpr int kIndentSlots = 32;
 thread_local indent_slot_t t_indent_slots[kIndentSlots];
+// One bit per slot taken by a living log. Constant-initialised and trivially destructible, so
+// logs made or destroyed during start-up or exit find it valid.
+std::atomic<uint32_t> g_taken_indent_slots{0};
 
-indent_slot_t* find_indent_slot(uint64_t key) {
-  for (auto& slot : t_indent_slots) {
-    if (slot.key == key) return &slot;
+int take_indent_slot() {
+  uint32_t taken = g_taken_indent_slots.load();
+  for (;;) {
+    int slot = 0;
+    while (slot < kIndentSlots && (taken & (1u << slot)) != 0) ++slot;
+    if (slot == kIndentSlots) return -1;
+    if (g_taken_indent_slots.compare_exchange_weak(taken, taken | (1u << slot))) return slot;
   }
-  return nullptr;
 }
 
-indent_slot_t* find_or_claim_indent_slot(uint64_t key) {
-  if (indent_slot_t* own = find_indent_slot(key)) return own;
-  for (auto& slot : t_indent_slots) {
-    if (slot.depth == 0) {
-      slot.key = key;
-      return &slot;
-    }
-  }
-  return nullptr;
+void give_back_indent_slot(int slot) {
+  if (slot >= 0) g_taken_indent_slots.fetch_and(~(1u << slot));
 }
 
 uint64_t next_indent_key() {
-  static std::atomic<uint64_t> next{1};  // 0 marks a slot never used
+  static std::atomic<uint64_t> next{1};  // 0 is the key of a slot never used
   return next.fetch_add(1, std::memory_order_relaxed);
 }
 
 }  // namespace
 
-log_t::log_t() : indent_key_(next_indent_key()) {}
+log_t::log_t() : indent_slot_(take_indent_slot()), indent_key_(next_indent_key()) {}
 
 log_t::log_t(std::shared_ptr<receiver::log_file_t> file)
-    : file_(std::move(file)), indent_key_(next_indent_key()) {}
+    : file_(std::move(file)), indent_slot_(take_indent_slot()), indent_key_(next_indent_key()) {}
+
+log_t::~log_t() { give_back_indent_slot(indent_slot_); }
 
 const std::shared_ptr<log_t>& log_t::instance() {
   // Never destroyed: code that runs during process exit (static destructors, late clean-up)
@@ -160,17 +161,22 @@ void log_t::set_translator(std::shared_ptr<exc::text_translator_t> translator) {
 }
 
 void log_t::indent_more() {
-  if (indent_slot_t* slot = find_or_claim_indent_slot(indent_key_)) ++slot->depth;
+  if (indent_slot_ < 0) return;
+  indent_slot_t& slot = t_indent_slots[indent_slot_];
+  if (slot.key != indent_key_) slot = indent_slot_t{indent_key_, 0};
+  ++slot.depth;
 }
 
 void log_t::indent_less() {
-  indent_slot_t* slot = find_indent_slot(indent_key_);
-  if (slot != nullptr && slot->depth > 0) --slot->depth;
+  if (indent_slot_ < 0) return;
+  indent_slot_t& slot = t_indent_slots[indent_slot_];
+  if (slot.key == indent_key_ && slot.depth > 0) --slot.depth;
 }
 
 int log_t::current_indent() const {
-  const indent_slot_t* slot = find_indent_slot(indent_key_);
-  return slot != nullptr ? slot->depth : 0;
+  if (indent_slot_ < 0) return 0;
+  const indent_slot_t& slot = t_indent_slots[indent_slot_];
+  return slot.key == indent_key_ ? slot.depth : 0;
 }
 
 }  // namespace logging

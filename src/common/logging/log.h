@@ -26,6 +26,9 @@ class log_t {
  public:
   log_t();
   explicit log_t(std::shared_ptr<receiver::log_file_t> file);
+  ~log_t();
+  log_t(const log_t&) = delete;
+  log_t& operator=(const log_t&) = delete;
 
   // The singleton, created on first request with no receiver. Lines written before a
   // receiver is set are dropped.
@@ -67,8 +70,10 @@ class log_t {
   int32_t lines_since_rotation_check_ = 0;
   std::shared_ptr<exc::text_translator_t> translator_;
   std::function<void(log_t&)> rotate_handler_;
-  // Names this log in the per-thread indent storage; never reused, so a new log never
-  // inherits the nesting of one that is gone.
+  // Where this log keeps its nesting in each thread's indent storage (-1: no room, the log
+  // then writes unindented), and the never reused key that tells this log's nesting from that
+  // of an earlier log that had the same slot.
+  int indent_slot_;
   uint64_t indent_key_;
 };
 

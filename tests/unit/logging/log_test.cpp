@@ -397,6 +397,32 @@ TEST(Log, NewLogDoesNotInheritTheNestingOfOneThatIsGone) {
   EXPECT_EQ(fresh.current_indent(), 0);
 }
 
+TEST(Log, LogsBeyondTheIndentStorageWriteUnindentedAndFreeItWhenGone) {
+  std::vector<std::unique_ptr<private_log_t>> logs;
+  for (int i = 0; i < 40; ++i) logs.push_back(std::make_unique<private_log_t>());
+  int unindented = 0;
+  for (auto& p : logs) {
+    p->log->indent_more();
+    p->channel.info("x");
+    const auto bodies = p->bodies();
+    ASSERT_EQ(bodies.size(), 1u);
+    if (p->log->current_indent() == 0) {
+      ++unindented;
+      EXPECT_EQ(bodies[0], "x");
+    } else {
+      EXPECT_EQ(bodies[0], "  x");
+    }
+    p->log->indent_less();
+  }
+  EXPECT_GT(unindented, 0);
+  EXPECT_LT(unindented, 40);
+  logs.clear();
+  log_t later;
+  later.indent_more();
+  EXPECT_EQ(later.current_indent(), 1);
+  later.indent_less();
+}
+
 // --- threads --------------------------------------------------------------------------------
 
 TEST(Log, ConcurrentWritersInterleaveWholeMessagesOnly) {
