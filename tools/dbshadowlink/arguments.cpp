@@ -126,8 +126,8 @@ void parse_command_words(const std::vector<std::string>& words, size_t first,
     const auto found = parsed.values.find(option.name);
     if (found == parsed.values.end()) {
       if (option.required) {
-        throw usage_error_t(where + "missing option " + quoted(option.name) + " " +
-                            std::string(option.value_name));
+        throw usage_error_t(where + "missing option " +
+                            quoted(std::string(option.name) + " " + std::string(option.value_name)));
       }
       continue;
     }

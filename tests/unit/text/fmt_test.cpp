@@ -174,8 +174,4 @@ TEST(FmtWide, CopiesCharactersOutsideAsciiAndSurrogatePairs) {
   EXPECT_EQ(fmt_t::format(tmpl, u"\u4e2d"), u"\u00c4\u20ac \u4e2d \U0001F600");
 }
 
-TEST(FmtWide, DoesNotTakeFullWidthDigitsForANumber) {
-  EXPECT_EQ(fmt_t::format(u"%\uff11", u"a"), u"%\uff11");
-}
-
 }  // namespace
