@@ -214,6 +214,12 @@ TEST(BufReader, ReadsAStringAsLongAsItsMaximum) {
   EXPECT_EQ(reader.read_string(), "0123456789");
 }
 
+TEST(BufReader, ReadsAnEmptyStringEvenWithAMaximumOfZero) {
+  CBufReader reader(0, bytes({0, 0, 0, 0}));
+  EXPECT_EQ(reader.read_string(), "");
+  EXPECT_EQ(reader.position(), 4u);
+}
+
 TEST(BufReader, CutsAStringAtAnEmbeddedZeroAndGoesOnBehindAllItsBytes) {
   auto buffer = std::make_shared<byte_buffer_t>();
   put_text(*buffer, std::string("ab\0cd", 5));

@@ -163,6 +163,13 @@ TEST(RuntimeExc, FormatsATemplateWithThreeArguments) {
   EXPECT_EQ(e.code(), 0u);
 }
 
+TEST(RuntimeExc, DoesNotScanAFormattedArgumentAgain) {
+  runtime_exc_t one("Value [%1].", "%1");
+  EXPECT_STREQ(one.what(), "Value [%1].");
+  runtime_exc_t three("Value [%1] of [%2] in [%3].", "%2", "name", "%3");
+  EXPECT_STREQ(three.what(), "Value [%2] of [name] in [%3].");
+}
+
 TEST(RuntimeExc, DefaultConstructedHasAnEmptyChain) {
   runtime_exc_t e;
   EXPECT_TRUE(e.messages().empty());

@@ -303,6 +303,16 @@ TEST(Capture, OfAFamilyMemberIsACloneOfItsDynamicType) {
   EXPECT_EQ(captured->thread_id(), source.thread_id());
 }
 
+TEST(Capture, KeepsTheTraceInfoOfAFamilyMember) {
+  runtime_exc_t source("cause.", 3);
+  source.trace_info().values = {{"k", "v"}};
+  source.trace_info().events = {{2, "e"}};
+  exc_ptr_t captured = exc::capture(source);
+  ASSERT_TRUE(captured);
+  EXPECT_EQ(captured->trace_info().values, source.trace_info().values);
+  EXPECT_EQ(captured->trace_info().events, source.trace_info().events);
+}
+
 TEST(Capture, OfAForeignExceptionIsARuntimeExceptionWithItsTextAndCodeZero) {
   const std::runtime_error source("foreign failure");
   exc_ptr_t captured = exc::capture(source);

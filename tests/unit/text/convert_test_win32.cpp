@@ -30,14 +30,18 @@ TEST(ConvertOnWindows, NarrowsToTheSystemCodePage) {
   const std::u16string wide = u"Gr\u00fc\u00dfe \u20ac \u4e2d";
   EXPECT_EQ(util::to_multibyte(wide), acp_of(wide));
   EXPECT_EQ(util::to_multibyte_safe(wide), acp_of(wide));
-  if (GetACP() == 1252) EXPECT_EQ(util::to_multibyte(u"Gr\u00fc\u00dfe"), "Gr\xFC\xDF" "e");
+  if (GetACP() == 1252) {
+    EXPECT_EQ(util::to_multibyte(u"Gr\u00fc\u00dfe"), "Gr\xFC\xDF" "e");
+  }
 }
 
 TEST(ConvertOnWindows, WidensFromTheSystemCodePage) {
   const std::string narrow = "Gr\xFC\xDF" "e \x80";
   EXPECT_EQ(util::to_unicode(narrow), wide_of_acp(narrow));
   EXPECT_EQ(util::to_unicode_safe(narrow), wide_of_acp(narrow));
-  if (GetACP() == 1252) EXPECT_EQ(util::to_unicode("\xE4\x80"), u"\u00e4\u20ac");
+  if (GetACP() == 1252) {
+    EXPECT_EQ(util::to_unicode("\xE4\x80"), u"\u00e4\u20ac");
+  }
 }
 
 TEST(ConvertOnWindows, ConvertsTheCodePageToUtf8) {
