@@ -41,7 +41,7 @@ void split_option(std::string_view word, std::string_view& name,
 
 std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
-std::string prefix(const std::string& origin, const command_spec_t* command) {
+std::string prefix(const std::string& origin, const command_def_t* command) {
   std::string text;
   if (!origin.empty()) text += origin + ": ";
   if (command != nullptr) text += std::string(command->name) + ": ";
@@ -60,8 +60,8 @@ std::string take_value(const std::vector<std::string>& words, size_t& i, std::st
 // Global options are handed to `globals` when it is not null, else refused.
 void parse_command_words(const std::vector<std::string>& words, size_t first,
                          parsed_command_t& parsed, invocation_t* globals) {
-  const command_spec_t& spec = *parsed.spec;
-  const std::string where = prefix(parsed.origin, &spec);
+  const command_def_t& def = *parsed.def;
+  const std::string where = prefix(parsed.origin, &def);
   bool options_ended = false;
   bool have_positional = false;
   for (size_t i = first; i < words.size(); ++i) {
@@ -73,15 +73,15 @@ void parse_command_words(const std::vector<std::string>& words, size_t first,
     if (!options_ended && is_help(word)) {
       if (globals == nullptr) throw usage_error_t(where + quoted(word) + " cannot be used in a script");
       globals->help = true;
-      globals->help_command = &spec;
+      globals->help_command = &def;
       continue;
     }
     if (options_ended || word.empty() || word[0] != '-' || word == "-") {
-      if (spec.positional.empty()) {
+      if (def.positional.empty()) {
         throw usage_error_t(where + "unexpected argument " + quoted(word));
       }
       if (have_positional) {
-        throw usage_error_t(where + "takes one " + std::string(spec.positional) +
+        throw usage_error_t(where + "takes one " + std::string(def.positional) +
                             "; unexpected argument " + quoted(word));
       }
       parsed.positional = word;
@@ -91,7 +91,7 @@ void parse_command_words(const std::vector<std::string>& words, size_t first,
     std::string_view name;
     std::optional<std::string> inline_value;
     split_option(word, name, inline_value);
-    if (const option_spec_t* option = find_option(spec, name)) {
+    if (const option_def_t* option = find_option(def, name)) {
       if (parsed.has(name)) throw usage_error_t(where + "option " + quoted(name) + " is given twice");
       if (option->kind == value_kind_t::flag) {
         if (inline_value) throw usage_error_t(where + "option " + quoted(name) + " takes no value");
@@ -119,10 +119,10 @@ void parse_command_words(const std::vector<std::string>& words, size_t first,
     throw usage_error_t(where + "unknown option " + quoted(name));
   }
   if (globals != nullptr && globals->help) return;  // help needs no complete command
-  if (!spec.positional.empty() && !have_positional) {
-    throw usage_error_t(where + "missing " + std::string(spec.positional));
+  if (!def.positional.empty() && !have_positional) {
+    throw usage_error_t(where + "missing " + std::string(def.positional));
   }
-  for (const auto& option : spec.options) {
+  for (const auto& option : def.options) {
     const auto found = parsed.values.find(option.name);
     if (found == parsed.values.end()) {
       if (option.required) {
@@ -188,13 +188,13 @@ invocation_t parse_command_line(const std::vector<std::string>& args) {
       continue;
     }
     if (!word.empty() && word[0] == '-') throw usage_error_t("unknown option " + quoted(word));
-    const command_spec_t* spec = find_command(word);
-    if (spec == nullptr) throw usage_error_t("unknown command " + quoted(word));
+    const command_def_t* def = find_command(word);
+    if (def == nullptr) throw usage_error_t("unknown command " + quoted(word));
     parsed_command_t parsed;
-    parsed.spec = spec;
+    parsed.def = def;
     parse_command_words(args, i + 1, parsed, &result);
     if (result.help) {
-      result.help_command = spec;
+      result.help_command = def;
       return result;
     }
     result.command = std::move(parsed);
@@ -207,7 +207,7 @@ invocation_t parse_command_line(const std::vector<std::string>& args) {
   if (result.script_path) {
     if (result.command) {
       throw usage_error_t("give either a command or --script, not both (command " +
-                          quoted(result.command->spec->name) + ")");
+                          quoted(result.command->def->name) + ")");
     }
     if (result.script_path->empty()) throw usage_error_t("option '--script' needs a file name");
     return result;
@@ -252,8 +252,8 @@ parsed_command_t parse_script_command(const std::vector<std::string>& words,
   if (!words[0].empty() && words[0][0] == '-') {
     throw usage_error_t(where + "a line starts with a command, not with " + quoted(words[0]));
   }
-  parsed.spec = find_command(words[0]);
-  if (parsed.spec == nullptr) throw usage_error_t(where + "unknown command " + quoted(words[0]));
+  parsed.def = find_command(words[0]);
+  if (parsed.def == nullptr) throw usage_error_t(where + "unknown command " + quoted(words[0]));
   parse_command_words(words, 1, parsed, nullptr);
   return parsed;
 }

@@ -15,7 +15,7 @@ namespace host {
 
 // One command with its checked options.
 struct parsed_command_t {
-  const command_spec_t* spec = nullptr;
+  const command_def_t* def = nullptr;
   std::map<std::string, std::string, std::less<>> values;  // option name -> value; "" for a flag
   std::string positional;
   // Where the command came from, for messages: "" on the command line, "FILE:LINE" in a script.
@@ -32,7 +32,7 @@ struct invocation_t {
   std::optional<std::string> script_path;     // --script
   bool keep_going = false;                    // --keep-going
   bool help = false;                          // --help, -h
-  const command_spec_t* help_command = nullptr;  // the command named along with --help
+  const command_def_t* help_command = nullptr;  // the command named along with --help
   std::optional<parsed_command_t> command;    // absent with --script or --help
 };
 

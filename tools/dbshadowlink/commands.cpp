@@ -6,15 +6,15 @@ namespace host {
 
 namespace {
 
-constexpr option_spec_t user_option{"--user", value_kind_t::text, false, "U",
+constexpr option_def_t user_option{"--user", value_kind_t::text, false, "U",
                                     "database account; empty or absent: OS authentication"};
-constexpr option_spec_t password_option{"--password", value_kind_t::text, false, "P",
+constexpr option_def_t password_option{"--password", value_kind_t::text, false, "P",
                                         "password of the database account"};
-constexpr option_spec_t home_option{"--home", value_kind_t::text, true, "H",
+constexpr option_def_t home_option{"--home", value_kind_t::text, true, "H",
                                     "Oracle home of the instance"};
-constexpr option_spec_t sid_option{"--sid", value_kind_t::text, true, "S", "SID of the instance"};
+constexpr option_def_t sid_option{"--sid", value_kind_t::text, true, "S", "SID of the instance"};
 
-std::vector<command_spec_t> build_table() {
+std::vector<command_def_t> build_table() {
   return {
       {"explore", "OracleExploreInstances", "",
        {{"--collect", value_kind_t::flag, false, "",
@@ -98,19 +98,19 @@ std::vector<command_spec_t> build_table() {
 
 }  // namespace
 
-const std::vector<command_spec_t>& command_table() {
-  static const std::vector<command_spec_t> table = build_table();
+const std::vector<command_def_t>& command_table() {
+  static const std::vector<command_def_t> table = build_table();
   return table;
 }
 
-const command_spec_t* find_command(std::string_view name) {
+const command_def_t* find_command(std::string_view name) {
   for (const auto& command : command_table()) {
     if (command.name == name) return &command;
   }
   return nullptr;
 }
 
-const option_spec_t* find_option(const command_spec_t& command, std::string_view name) {
+const option_def_t* find_option(const command_def_t& command, std::string_view name) {
   for (const auto& option : command.options) {
     if (option.name == name) return &option;
   }

@@ -18,7 +18,7 @@ enum class value_kind_t {
   uint64,  // unsigned 64-bit decimal
 };
 
-struct option_spec_t {
+struct option_def_t {
   std::string_view name;  // with its dashes: "--home"
   value_kind_t kind;
   bool required;
@@ -28,11 +28,11 @@ struct option_spec_t {
 
 using command_fn_t = int (*)(session_t& session, const parsed_command_t& command);
 
-struct command_spec_t {
+struct command_def_t {
   std::string_view name;
   std::string_view export_name;
   std::string_view positional;  // the one positional argument's name, or empty for none
-  std::vector<option_spec_t> options;
+  std::vector<option_def_t> options;
   std::string_view summary;
   command_fn_t run;
   // The export starts and stops the library by itself, so a lone run of this command calls
@@ -40,8 +40,8 @@ struct command_spec_t {
   bool starts_library_itself;
 };
 
-const std::vector<command_spec_t>& command_table();
-const command_spec_t* find_command(std::string_view name);
-const option_spec_t* find_option(const command_spec_t& command, std::string_view name);
+const std::vector<command_def_t>& command_table();
+const command_def_t* find_command(std::string_view name);
+const option_def_t* find_option(const command_def_t& command, std::string_view name);
 
 }  // namespace host

@@ -6,10 +6,31 @@ namespace host {
 
 namespace {
 
-std::string option_synopsis(const option_spec_t& option) {
+std::string option_synopsis(const option_def_t& option) {
   std::string text(option.name);
   if (option.kind != value_kind_t::flag) text += " " + std::string(option.value_name);
   return option.required ? text : "[" + text + "]";
+}
+
+// Words of `text` in lines of at most `width` columns, each line indented by `indent` blanks.
+std::string wrapped(const std::string& text, size_t indent, size_t width) {
+  std::string result;
+  std::string line;
+  size_t start = 0;
+  while (start < text.size()) {
+    size_t end = text.find(' ', start);
+    if (end == std::string::npos) end = text.size();
+    const std::string word = text.substr(start, end - start);
+    start = end + 1;
+    if (word.empty()) continue;
+    if (!line.empty() && indent + line.size() + 1 + word.size() > width) {
+      result += std::string(indent, ' ') + line + "\n";
+      line.clear();
+    }
+    line += (line.empty() ? "" : " ") + word;
+  }
+  if (!line.empty()) result += std::string(indent, ' ') + line + "\n";
+  return result;
 }
 
 std::string padded(std::string text, size_t width) {
@@ -20,7 +41,7 @@ std::string padded(std::string text, size_t width) {
 
 }  // namespace
 
-std::string command_synopsis(const command_spec_t& command) {
+std::string command_synopsis(const command_def_t& command) {
   std::string text(command.name);
   if (!command.positional.empty()) text += " " + std::string(command.positional);
   for (const auto& option : command.options) text += " " + option_synopsis(option);
@@ -50,8 +71,8 @@ std::string general_help() {
       "Commands:\n";
   for (const auto& command : command_table()) {
     text += "  " + command_synopsis(command) + "\n";
-    text += "      " + std::string(command.export_name) + ": " + std::string(command.summary) +
-            "\n";
+    text += wrapped(std::string(command.summary) + " (" + std::string(command.export_name) + ")",
+                    /*indent=*/6, /*width=*/90);
   }
   text +=
       "\n"
@@ -74,12 +95,12 @@ std::string general_help() {
       "  0  success\n"
       "  1  the library failed: it cannot be loaded, lacks an export that the run needs, or an\n"
       "     export returned an error, whose text goes to standard error\n"
-      "  2  usage error: wrong arguments, an unreadable or ill-formed input file; in a script,\n"
-      "     the status of the first failed line\n";
+      "  2  usage error: wrong arguments, an unreadable or ill-formed input file\n"
+      "A script ends with the status of its first failed line.\n";
   return text;
 }
 
-std::string command_help(const command_spec_t& command) {
+std::string command_help(const command_def_t& command) {
   std::string text = "Usage: dbshadowlink [--lib PATH] [--log-name NAME] " +
                      command_synopsis(command) + "\n\n" + std::string(command.summary) +
                      "\nCalls " + std::string(command.export_name) + ".\n";

@@ -22,7 +22,7 @@ void check_standard_input_use(const invocation_t& invocation,
                               const std::vector<parsed_command_t>& commands) {
   int readers = invocation.script_path && *invocation.script_path == "-" ? 1 : 0;
   for (const auto& command : commands) {
-    for (const auto& option : command.spec->options) {
+    for (const auto& option : command.def->options) {
       if (option.kind == value_kind_t::file && command.has(option.name) &&
           command.text(option.name) == "-") {
         ++readers;
@@ -48,7 +48,7 @@ std::unique_ptr<library_api_t> load_library(const invocation_t& invocation,
   // Every export the run needs is looked for before the library is started, so that a library
   // that lacks one is refused before it has done anything.
   std::vector<std::string_view> needed{"OracleVssInitLib", "OracleVssStopLib", "OracleLibStrFree"};
-  for (const auto& command : commands) needed.push_back(command.spec->export_name);
+  for (const auto& command : commands) needed.push_back(command.def->export_name);
   api->check_exports(needed);
   return api;
 }
@@ -56,7 +56,7 @@ std::unique_ptr<library_api_t> load_library(const invocation_t& invocation,
 int run_commands(const invocation_t& invocation, const std::vector<parsed_command_t>& commands) {
   std::unique_ptr<library_api_t> api = load_library(invocation, commands);
   session_t session(*api, invocation.log_name);
-  const bool wrap = invocation.script_path || !commands.front().spec->starts_library_itself;
+  const bool wrap = invocation.script_path || !commands.front().def->starts_library_itself;
   if (wrap) {
     const int started = session.start_library();
     if (started != exit_ok) return started;

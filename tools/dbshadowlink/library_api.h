@@ -44,7 +44,7 @@ class library_api_t {
 };
 
 // The export `name` of the header, typed by its declaration.
-#define DSL_EXPORT(api, name) (api).get<decltype(&name)>(#name)
+#define HOST_EXPORT(api, name) (api).get<decltype(&name)>(#name)
 
 // One out text of one export call; released through the library when it goes.
 class out_text_t {

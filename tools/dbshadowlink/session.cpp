@@ -26,13 +26,13 @@ void print_line(const std::string& text) {
 std::string message_prefix(const parsed_command_t& command) {
   std::string text = "dbshadowlink: ";
   if (!command.origin.empty()) text += command.origin + ": ";
-  return text + std::string(command.spec->name) + ": ";
+  return text + std::string(command.def->name) + ": ";
 }
 
 int session_t::start_library() {
   const wide_string_t name = to_wide(log_name_);
   out_text_t error(api_);
-  const DSL_RESULT result = DSL_EXPORT(api_, OracleVssInitLib)(name.c_str(), error.out());
+  const DSL_RESULT result = HOST_EXPORT(api_, OracleVssInitLib)(name.c_str(), error.out());
   if (result != DSL_S_OK) return report_failure("dbshadowlink: ", "OracleVssInitLib", result, error);
   return exit_ok;
 }
@@ -40,7 +40,7 @@ int session_t::start_library() {
 int session_t::stop_library() {
   out_text_t error(api_);
   flush_stdout();
-  const DSL_RESULT result = DSL_EXPORT(api_, OracleVssStopLib)(error.out());
+  const DSL_RESULT result = HOST_EXPORT(api_, OracleVssStopLib)(error.out());
   if (result != DSL_S_OK) return report_failure("dbshadowlink: ", "OracleVssStopLib", result, error);
   return exit_ok;
 }
@@ -50,7 +50,7 @@ int session_t::run(const parsed_command_t& command) {
   try {
     // The library may print to standard output itself; what the host wrote so far goes first.
     flush_stdout();
-    status = command.spec->run(*this, command);
+    status = command.def->run(*this, command);
   } catch (const usage_error_t& failure) {
     write_stderr(message_prefix(command) + failure.what() + "\n");
     status = exit_usage;
@@ -74,10 +74,10 @@ std::string session_t::input_text(const parsed_command_t& command, std::string_v
 int session_t::text_result(const parsed_command_t& command, DSL_RESULT result,
                            const out_text_t& text, const out_text_t& error) const {
   if (result != DSL_S_OK) {
-    return report_failure(message_prefix(command), command.spec->export_name, result, error);
+    return report_failure(message_prefix(command), command.def->export_name, result, error);
   }
   if (!text.is_set()) {
-    write_stderr(message_prefix(command) + std::string(command.spec->export_name) +
+    write_stderr(message_prefix(command) + std::string(command.def->export_name) +
                  " reported success but handed out no text\n");
     return exit_failure;
   }
@@ -88,10 +88,10 @@ int session_t::text_result(const parsed_command_t& command, DSL_RESULT result,
 int session_t::boolean_result(const parsed_command_t& command, DSL_RESULT result, uint8_t value,
                               const out_text_t& error) const {
   if (result != DSL_S_OK) {
-    return report_failure(message_prefix(command), command.spec->export_name, result, error);
+    return report_failure(message_prefix(command), command.def->export_name, result, error);
   }
   if (value > 1) {
-    write_stderr(message_prefix(command) + std::string(command.spec->export_name) +
+    write_stderr(message_prefix(command) + std::string(command.def->export_name) +
                  " reported success but its boolean holds " + std::to_string(value) +
                  " (expected 0 or 1)\n");
     return exit_failure;
@@ -103,7 +103,7 @@ int session_t::boolean_result(const parsed_command_t& command, DSL_RESULT result
 int session_t::plain_result(const parsed_command_t& command, DSL_RESULT result,
                             const out_text_t& error) const {
   if (result != DSL_S_OK) {
-    return report_failure(message_prefix(command), command.spec->export_name, result, error);
+    return report_failure(message_prefix(command), command.def->export_name, result, error);
   }
   return exit_ok;
 }
