@@ -1,0 +1,111 @@
+// The service control manager answered from the host build's registry store. A manager handle
+// holds the tree it was connected to; a service handle holds that tree and the service's key, so
+// the state it reports is the one of the store it was opened on.
+#include <memory>
+#include <mutex>
+#include <set>
+
+#include "common/win/reg_api.h"
+#include "common/win/reg_file.h"
+#include "common/win/reg_store_posix.h"
+#include "common/win/svc_api.h"
+
+namespace win::svc_api {
+
+namespace {
+
+constexpr char16_t kServicesPath[] = u"SYSTEM\\CurrentControlSet\\Services";
+constexpr char16_t kCurrentStateValue[] = u"CurrentState";
+constexpr uint32_t kMaxServiceNameLength = 256;
+
+struct sc_object_t {
+  std::shared_ptr<const reg_file::tree_t> tree;
+  const reg_file::key_t* service = nullptr;  // null for the manager
+  uint32_t access = 0;
+};
+
+struct handles_t {
+  std::mutex lock;
+  std::set<sc_object_t*> live;
+};
+
+handles_t& handles() {
+  static handles_t instance;
+  return instance;
+}
+
+sc_object_t* find_handle(svc_handle_t handle) {
+  handles_t& h = handles();
+  std::lock_guard<std::mutex> guard(h.lock);
+  const auto it = h.live.find(static_cast<sc_object_t*>(handle));
+  return it == h.live.end() ? nullptr : *it;
+}
+
+svc_handle_t keep(std::unique_ptr<sc_object_t> object) {
+  handles_t& h = handles();
+  std::lock_guard<std::mutex> guard(h.lock);
+  h.live.insert(object.get());
+  return object.release();
+}
+
+}  // namespace
+
+uint32_t open_manager(uint32_t access, svc_handle_t& out) {
+  auto object = std::make_unique<sc_object_t>();
+  object->tree = reg_store::current();
+  object->access = access;
+  out = keep(std::move(object));
+  return 0;
+}
+
+uint32_t open_service(svc_handle_t manager, const std::u16string& name, uint32_t access,
+                      svc_handle_t& out) {
+  const sc_object_t* owner = find_handle(manager);
+  if (owner == nullptr || owner->service != nullptr) return kErrorInvalidHandle;
+  // Service names are not paths: the manager refuses separators and empty or overlong names.
+  if (name.empty() || name.size() > kMaxServiceNameLength ||
+      name.find_first_of(u"\\/") != std::u16string::npos) {
+    return kErrorInvalidName;
+  }
+  const reg_file::key_t* services =
+      owner->tree->find(reg_file::root_t::local_machine, kServicesPath);
+  const reg_file::key_t* service = services == nullptr ? nullptr : services->find_subkey(name);
+  if (service == nullptr) return kErrorServiceDoesNotExist;
+  auto object = std::make_unique<sc_object_t>();
+  object->tree = owner->tree;
+  object->service = service;
+  object->access = access;
+  out = keep(std::move(object));
+  return 0;
+}
+
+uint32_t query_state(svc_handle_t service, uint32_t& state) {
+  const sc_object_t* object = find_handle(service);
+  if (object == nullptr || object->service == nullptr) return kErrorInvalidHandle;
+  if ((object->access & (kServiceQueryStatus | kGenericRead | kGenericAll)) == 0) {
+    return kErrorAccessDenied;
+  }
+  const reg_file::value_t* value = object->service->find_value(kCurrentStateValue);
+  if (value == nullptr) {
+    state = kServiceStopped;
+    return 0;
+  }
+  // A state that is not a four-byte DWORD is a fault of the store file, not a state.
+  if (value->type != kRegDword || value->data.size() != 4) return kErrorInvalidData;
+  state = static_cast<uint32_t>(value->data[0]) | static_cast<uint32_t>(value->data[1]) << 8 |
+          static_cast<uint32_t>(value->data[2]) << 16 | static_cast<uint32_t>(value->data[3]) << 24;
+  return 0;
+}
+
+uint32_t close_handle(svc_handle_t handle) noexcept {
+  handles_t& h = handles();
+  std::unique_ptr<sc_object_t> object;
+  std::lock_guard<std::mutex> guard(h.lock);
+  const auto it = h.live.find(static_cast<sc_object_t*>(handle));
+  if (it == h.live.end()) return kErrorInvalidHandle;
+  object.reset(*it);
+  h.live.erase(it);
+  return 0;
+}
+
+}  // namespace win::svc_api
