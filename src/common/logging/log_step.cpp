@@ -1,5 +1,6 @@
 #include "common/logging/log_step.h"
 
+#include "common/monitoring/thread_trace.h"
 #include "common/text/fmt.h"
 
 namespace logging {
@@ -33,10 +34,12 @@ log_step_t::~log_step_t() {
   } catch (...) {
     // An exception must not leave a destructor, least of all during unwinding.
   }
+  monitoring::pop_step();
   text_.clear();
 }
 
 void log_step_t::start() {
+  monitoring::push_step(text_);
   channel_->step_line(text_);
   if (channel_->log()) channel_->log()->indent_more();
 }

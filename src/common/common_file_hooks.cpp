@@ -1,0 +1,61 @@
+#include "common/common_file_hooks.h"
+
+#include <memory>
+
+#include "common/common_lib_ctx.h"
+#include "common/monitoring/file_op_activity.h"
+#include "common/monitoring/file_trace_config.h"
+#include "common/monitoring/workload_monitor.h"
+#include "common/security/files_access_permissions.h"
+#include "common/win/file_hooks.h"
+#include "common/win/impersonation.h"
+
+namespace common {
+
+namespace {
+
+auto& counter_of(win::io_counter_t counter) {
+  return counter == win::io_counter_t::read ? workload::read_counter() : workload::write_counter();
+}
+
+class common_file_hooks_t : public win::file_hooks_t {
+ public:
+  void check_access(const win::path_holder_t& path) override {
+    ctx()->files_permissions()->check_access(path);
+  }
+
+  std::shared_ptr<void> scope_for_path(const win::path_holder_t& path) override {
+    // The wide form looks a path up once; the narrow one only for paths that came narrow.
+    auto session = (path.has_narrow() && !path.has_wide()) ? win::scope_for_path(path.narrow())
+                                                            : win::scope_for_path(path.wide());
+    if (!session.entered()) return {};
+    return std::make_shared<win::win_impersonation_session_t>(std::move(session));
+  }
+
+  void file_op_enter() override { monitoring::file_op_enter(); }
+  void file_op_leave() noexcept override { monitoring::file_op_leave(); }
+
+  void counter_enter(win::io_counter_t counter) override {
+    workload::counter_enter(counter_of(counter));
+  }
+
+  void counter_leave(win::io_counter_t counter, int64_t amount) override {
+    workload::counter_leave(counter_of(counter), amount);
+  }
+
+  win::file_trace_flags_t trace_flags() override {
+    const auto& t = monitoring::file_trace_config_t::instance();
+    return {t.seek(), t.write(), t.read(), t.flush(), t.resize(), t.open_close()};
+  }
+};
+
+}  // namespace
+
+void install_file_hooks() {
+  static bool installed = false;
+  if (installed) return;
+  win::set_file_hooks(std::make_shared<common_file_hooks_t>());
+  installed = true;
+}
+
+}  // namespace common
