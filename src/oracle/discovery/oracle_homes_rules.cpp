@@ -1,0 +1,64 @@
+#include "oracle/discovery/oracle_homes_rules.h"
+
+#include "common/text/compare.h"
+
+namespace specific::oracle::homes_rules {
+
+namespace {
+
+constexpr char16_t kHomeKeyPrefix[] = u"KEY_";
+constexpr char16_t kDatabaseServicePrefix[] = u"ORACLESERVICE";
+constexpr char16_t kAsmServicePrefix[] = u"ORACLEASMSERVICE";
+constexpr char16_t kServerBelowHome[] = u"BIN\\ORACLE.EXE";
+
+bool begins_with(const std::u16string& upper, const std::u16string& prefix) {
+  return upper.compare(0, prefix.size(), prefix) == 0;
+}
+
+}  // namespace
+
+std::u16string upper_case(const std::u16string& text) {
+  std::u16string result = text;
+  for (auto& c : result) c = util::fold_case(c);
+  return result;
+}
+
+bool is_home_key_name(const std::u16string& name) {
+  return begins_with(upper_case(name), kHomeKeyPrefix);
+}
+
+EOracleServiceKind service_key_kind(const std::u16string& name) {
+  const std::u16string upper = upper_case(name);
+  // Neither prefix begins the other ("ORACLEA..." against "ORACLES..."), so at most one holds.
+  if (begins_with(upper, kAsmServicePrefix)) return EOracleServiceKind::asm_instance;
+  if (begins_with(upper, kDatabaseServicePrefix)) return EOracleServiceKind::database;
+  return EOracleServiceKind::none;
+}
+
+std::optional<SOracleServiceRegInfo> service_from_image_path(const std::u16string& imagePath,
+                                                             bool isAsm) {
+  const size_t blank = imagePath.find(u' ');
+  if (blank == 0) return std::nullopt;
+  SOracleServiceRegInfo service;
+  service.isAsm = isAsm;
+  if (blank == std::u16string::npos) {
+    // No blank: the whole line is both. Such a record finds a home only when the line alone
+    // is that home's server path, and then the SID is that path.
+    service.exePath = imagePath;
+    service.sid = imagePath;
+  } else {
+    service.exePath = imagePath.substr(0, blank);
+    service.sid = imagePath.substr(blank + 1);
+  }
+  return service;
+}
+
+std::u16string expected_server_path(const std::u16string& home) {
+  return upper_case(home + u'\\' + kServerBelowHome);
+}
+
+bool runs_from(const SOracleServiceRegInfo& service, const std::u16string& expectedServerPath) {
+  return upper_case(service.exePath) == expectedServerPath;
+}
+
+}  // namespace specific::oracle::homes_rules
