@@ -5,10 +5,13 @@
 
 #include <cstdlib>
 
+#include "common/common_file_hooks.h"
+#include "common/common_lib_ctx.h"
 #include "common/logging/log_start.h"
 #include "common/text/convert.h"
 #include "frame/error_frame.h"
 #include "frame/library_state.h"
+#include "frame/oracle_config.h"
 #include "frame/oracle_manager.h"
 
 using specific::oracle::COracleManager;
@@ -33,8 +36,12 @@ DSL_API DSL_RESULT DSL_CALL OracleVssInitLib(const DSL_WCHAR* logName, DSL_WCHAR
   if (CLibraryState::instance().initialised()) return DSL_S_OK;
   return guarded("Failed to initialize oracle VSS lib.", error, [&] {
     const std::u16string name = copy_arg(logName);
+    ctx();
+    common::install_file_hooks();
     logging::log_start(name, {});
     COracleManager::instance();
+    const auto& config = specific::oracle::COracleConfig::get();
+    config.dump();
     CLibraryState::instance().set_initialised();
   });
 }

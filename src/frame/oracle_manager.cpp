@@ -1,5 +1,7 @@
 #include "frame/oracle_manager.h"
 
+#include "frame/oracle_config.h"
+
 #include "common/exc/rethrow.h"
 #include "common/logging/log_step.h"
 #include "common/text/convert.h"
@@ -82,7 +84,7 @@ std::u16string COracleManager::backup_logs(const std::u16string& /*home*/,
 
 std::u16string COracleManager::logs_folder() {
   return run_operation("Oracle manager failed to get oracle logs temp folder",
-                       []() -> std::u16string { operation_not_available("logs folder"); });
+                       []() -> std::u16string { return COracleConfig::get().tempLogPath; });
 }
 
 std::u16string COracleManager::enum_logs() {

@@ -1,10 +1,14 @@
 #include <system_error>
 
 #include "common/exc/sys_text.h"
+#include "common/exc/win32_error_texts.h"
 
 namespace exc {
 
 std::string system_error_text(uint32_t code) {
+  // The platform layer reports Win32 codes; their Windows texts keep messages identical on both
+  // builds. Any other code is read as the host's own error number.
+  if (const char* text = win32_error_text(code)) return text;
   std::string text;
   try {
     text = std::system_category().message(static_cast<int>(code));

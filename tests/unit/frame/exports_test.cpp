@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "DbShadowLink.h"
+#include "frame/oracle_config.h"
 #include "support/capture_receiver.h"
 #include "support/wide.h"
 
@@ -77,9 +78,6 @@ std::vector<export_case_t> failing_exports() {
        }},
       {"OracleDoRestore", "Failed to do oracle restore", "Oracle manager failed to do db restore",
        [](DSL_WCHAR**, DSL_WCHAR** err) { return OracleDoRestore(err); }},
-      {"OracleGetLogsFolder", "Failed to get oracle logs folder.",
-       "Oracle manager failed to get oracle logs temp folder",
-       [](DSL_WCHAR** out, DSL_WCHAR** err) { return OracleGetLogsFolder(out, err); }},
   };
 }
 
@@ -107,12 +105,22 @@ TEST(Exports, EachFailingExportLogsItsContextAndLeavesItsOutUnwritten) {
 }
 
 TEST(Exports, MissingOperationIsNamedInTheErrorText) {
-  DSL_WCHAR* folder = kUntouched;
+  DSL_WCHAR* xml = kUntouched;
   DSL_WCHAR* error = nullptr;
-  ASSERT_EQ(OracleGetLogsFolder(&folder, &error), DSL_E_FAIL);
+  ASSERT_EQ(OracleEnumLogs(&xml, &error), DSL_E_FAIL);
+  EXPECT_EQ(xml, kUntouched);
   EXPECT_EQ(take_text(error),
-            u"The operation [logs folder] is not available in this build of the library.\n"
-            u"--tr:Oracle manager failed to get oracle logs temp folder");
+            u"The operation [enumerate logs] is not available in this build of the library.\n"
+            u"--tr:Oracle manager failed to enum logs");
+}
+
+TEST(Exports, LogsFolderAnswersTheConfiguredPathAndLeavesTheErrorUnwritten) {
+  DSL_WCHAR* folder = kUntouched;
+  DSL_WCHAR* error = kUntouched;
+  ASSERT_EQ(OracleGetLogsFolder(&folder, &error), DSL_S_OK);
+  EXPECT_EQ(error, kUntouched);
+  ASSERT_NE(folder, kUntouched);
+  EXPECT_EQ(take_text(folder), specific::oracle::COracleConfig::get().tempLogPath);
 }
 
 TEST(Exports, ManagerStepsEndFailedInTheLog) {
@@ -135,8 +143,11 @@ TEST(Exports, StopSucceedsAndLeavesTheErrorUnwritten) {
 }
 
 TEST(Exports, OracleTestFailsThroughItsOwnContextWhileTheTestOperationIsMissing) {
-  dsl_test::capture_log_t capture;
+  // Initialised first, so that OracleTest's own init returns at once and the capture stays
+  // the log's receiver.
   DSL_WCHAR* error = kUntouched;
+  ASSERT_EQ(OracleVssInitLib(W(u"exports_test.log"), &error), DSL_S_OK);
+  dsl_test::capture_log_t capture;
   EXPECT_EQ(OracleTest(reinterpret_cast<void*>(0x1), nullptr, W(u"test.log"), &error), DSL_E_FAIL);
   ASSERT_NE(error, kUntouched);
   EXPECT_EQ(take_text(error), u"The operation [test] is not available in this build of the library.");

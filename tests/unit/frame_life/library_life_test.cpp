@@ -2,6 +2,9 @@
 // steps run in one test, in the order an agent could call them.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "DbShadowLink.h"
 #include "common/logging/log_start.h"
 #include "frame/library_state.h"
@@ -24,8 +27,27 @@ TEST(LibraryLife, InitStopAndInitAgainFollowTheAgentsOrder) {
   EXPECT_EQ(error, kUntouched);
   EXPECT_FALSE(CLibraryState::instance().initialised());
 
-  // The first init starts the log under its name and sets the flag.
-  EXPECT_EQ(OracleVssInitLib(W(u"first.log"), &error), DSL_S_OK);
+  // The first init starts the log under its name, dumps the configuration (no registry key
+  // here: the defaults) and sets the flag.
+  {
+    dsl_test::capture_log_t capture;
+    EXPECT_EQ(OracleVssInitLib(W(u"first.log"), &error), DSL_S_OK);
+    const std::vector<std::string> expected = {
+        "oralib| Oracle agent config:",
+        "oralib| ConnectionTimeoutSec: 300",
+        "oralib| OracleRestoreWaitInSec: 45",
+        "oralib| OracleAgentTtlSec: 600",
+        "oralib| WaitDbStartedAttemptCount: 30",
+        "oralib| CheckAsmLogFileExistence: false",
+        "oralib| SupportOracle10: false",
+        "oralib| OracleStageLogsBeforeBackup: false",
+        "oralib| DisableOracleProcessing: false",
+        "oralib| OracleSkipNoArchiveLogDB: false",
+        "oralib| OracleTempLogPath: C:\\ProgramData\\Trelo\\Backup\\OracleLogBackup\\",
+        "oralib| =======================",
+    };
+    EXPECT_EQ(capture.bodies(), expected);
+  }
   EXPECT_EQ(error, kUntouched);
   EXPECT_TRUE(CLibraryState::instance().initialised());
   EXPECT_EQ(logging::started_log_name(), u"first.log");
