@@ -97,7 +97,9 @@ TEST(FilesAccessPermissions, ReadAndReplacedFromManyThreadsAtOnce) {
       }
     });
   }
-  for (int i = 0; i < 200; ++i) {
+  // Replace at least 200 times, and go on until the readers have really run alongside: on a
+  // busy machine they may not be scheduled before the first 200 are done.
+  for (int i = 0; i < 200 || checks.load() < 100; ++i) {
     ctx()->set_files_permissions(i % 2 == 0 ? std::make_shared<recording_policy_t>() : nullptr);
   }
   stop = true;
