@@ -1,0 +1,57 @@
+// Loads the built ocisim client at run time and finds its sixteen entry points by name, the way
+// the library binds Oracle's client. The tests' own loader: one instance per loaded file.
+#pragma once
+#include <memory>
+#include <string>
+
+#include "oracle/client/oci_api.h"
+
+namespace ocisim_test {
+
+struct oci_api_t {
+  OCIEnvCreate_fn OCIEnvCreate = nullptr;
+  OCIErrorGet_fn OCIErrorGet = nullptr;
+  OCIHandleAlloc_fn OCIHandleAlloc = nullptr;
+  OCIHandleFree_fn OCIHandleFree = nullptr;
+  OCIAttrSet_fn OCIAttrSet = nullptr;
+  OCIServerAttach_fn OCIServerAttach = nullptr;
+  OCIServerDetach_fn OCIServerDetach = nullptr;
+  OCISessionBegin_fn OCISessionBegin = nullptr;
+  OCISessionEnd_fn OCISessionEnd = nullptr;
+  OCIStmtPrepare_fn OCIStmtPrepare = nullptr;
+  OCIDefineByPos_fn OCIDefineByPos = nullptr;
+  OCIBindByName_fn OCIBindByName = nullptr;
+  OCIStmtExecute_fn OCIStmtExecute = nullptr;
+  OCIStmtFetch2_fn OCIStmtFetch2 = nullptr;
+  OCIDBStartup_fn OCIDBStartup = nullptr;
+  OCIDBShutdown_fn OCIDBShutdown = nullptr;
+};
+
+class oci_library_t {
+ public:
+  // Loads the file at `path`. With `keep_loaded` the code stays mapped after this object is
+  // gone (a worker thread of a test may still sleep inside it); without, it is unloaded.
+  static std::unique_ptr<oci_library_t> load(const std::string& path, bool keep_loaded,
+                                             std::string& error);
+  // The file name of the client on this platform: OCI.dll or libclntsh.so.
+  static const char* file_name();
+  // $DSL_BIN_DIR/ocisim/<file name>.
+  static std::string built_path();
+
+  oci_library_t(const oci_library_t&) = delete;
+  oci_library_t& operator=(const oci_library_t&) = delete;
+  ~oci_library_t();
+
+  const oci_api_t& api() const { return api_; }
+  // The entry point of that name, or null: for checking what the library exports.
+  void* symbol(const char* name) const;
+
+ private:
+  explicit oci_library_t(void* handle) : handle_(handle) {}
+  bool bind_all(std::string& error);
+
+  void* handle_;
+  oci_api_t api_;
+};
+
+}  // namespace ocisim_test
