@@ -1,5 +1,9 @@
 # Third-party libraries, all from Debian: the host build uses the packages as installed, the
 # MinGW build the static copies that scripts/setup compiles from Debian's sources.
+if(WIN32)
+  # The DLL carries zlib inside: it may import Windows system DLLs only.
+  set(ZLIB_USE_STATIC_LIBS ON)
+endif()
 find_package(ZLIB REQUIRED)
 
 find_path(TINYXML_INCLUDE_DIR tinyxml.h REQUIRED)
