@@ -112,7 +112,11 @@ uint32_t open(const std::u16string& path, uint32_t access, uint32_t share, uint3
   }
   // Truncation comes after the share test, as Windows refuses before it changes anything.
   if (disposition == kCreateAlways || disposition == kTruncateExisting) {
-    if (::ftruncate(fd, 0) != 0) {
+    // An empty file is left alone: truncating even a fresh file makes some file systems
+    // flush everything later written to it when it is closed.
+    struct stat existing {};
+    const bool has_content = ::fstat(fd, &existing) != 0 || existing.st_size > 0;
+    if (has_content && ::ftruncate(fd, 0) != 0) {
       const int error = errno;
       ::close(fd);
       return from_errno(error, host);

@@ -1,0 +1,119 @@
+#include "log_files_env.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cstdio>
+
+#include "common/logging/log_path.h"
+#include "common/win/path_map_posix.h"
+
+namespace dsl_test {
+
+std::string read_gz(const std::u16string& path) {
+  const std::string host = win::host::host_path(path);
+  gzFile gz = ::gzopen(host.c_str(), "rb");
+  if (gz == nullptr) {
+    ADD_FAILURE() << "cannot open " << host;
+    return std::string();
+  }
+  std::string out;
+  char buffer[65536];
+  for (;;) {
+    const int got = ::gzread(gz, buffer, sizeof buffer);
+    if (got < 0) {
+      ADD_FAILURE() << "cannot read " << host;
+      break;
+    }
+    if (got == 0) break;
+    out.append(buffer, static_cast<size_t>(got));
+  }
+  ::gzclose(gz);
+  return out;
+}
+
+void write_gz(const std::u16string& path, const std::string& bytes) {
+  const std::string host = win::host::host_path(path);
+  gzFile gz = ::gzopen(host.c_str(), "wb");
+  ASSERT_NE(gz, nullptr) << host;
+  if (!bytes.empty()) {
+    ASSERT_EQ(::gzwrite(gz, bytes.data(), static_cast<unsigned>(bytes.size())),
+              static_cast<int>(bytes.size()));
+  }
+  ASSERT_EQ(::gzclose(gz), Z_OK);
+}
+
+standard_folder_file_t::standard_folder_file_t(const std::u16string& name)
+    : path_(logging::default_log_dir() + name) {}
+
+// The standard folder lies below the test's own DBSHADOWLINK_ROOT here, which the test folder
+// removes with everything in it.
+standard_folder_file_t::~standard_folder_file_t() = default;
+
+console_capture_t::console_capture_t(stream_t stream) : stream_(stream) {
+  if (stream_ == standard_output) {
+    testing::internal::CaptureStdout();
+  } else {
+    testing::internal::CaptureStderr();
+  }
+}
+
+console_capture_t::~console_capture_t() { take(); }
+
+std::string console_capture_t::take() {
+  if (taken_) return std::string();
+  taken_ = true;
+  std::fflush(nullptr);
+  return stream_ == standard_output ? testing::internal::GetCapturedStdout()
+                                    : testing::internal::GetCapturedStderr();
+}
+
+struct debug_output_capture_t::state_t {
+  console_capture_t console{console_capture_t::standard_error};
+};
+
+debug_output_capture_t::debug_output_capture_t() : state_(std::make_unique<state_t>()) {}
+
+debug_output_capture_t::~debug_output_capture_t() = default;
+
+std::string debug_output_capture_t::take() { return state_->console.take(); }
+
+void start_sockets() {}
+
+udp_receiver_t::udp_receiver_t(uint16_t port) {
+  const int s = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP);
+  if (s < 0) return;
+  socket_ = s;
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(port);
+  if (::bind(s, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) return;
+  socklen_t length = sizeof address;
+  if (::getsockname(s, reinterpret_cast<sockaddr*>(&address), &length) != 0) return;
+  port_ = ntohs(address.sin_port);
+  bound_ = true;
+}
+
+udp_receiver_t::~udp_receiver_t() {
+  if (socket_ >= 0) ::close(static_cast<int>(socket_));
+}
+
+bool udp_receiver_t::receive(std::string& datagram, uint32_t timeout_ms) {
+  if (!bound_) return false;
+  pollfd p = {static_cast<int>(socket_), POLLIN, 0};
+  if (::poll(&p, 1, static_cast<int>(timeout_ms)) != 1) return false;
+  char buffer[65536];
+  const ssize_t got = ::recv(static_cast<int>(socket_), buffer, sizeof buffer, 0);
+  if (got < 0) return false;
+  datagram.assign(buffer, static_cast<size_t>(got));
+  return true;
+}
+
+}  // namespace dsl_test

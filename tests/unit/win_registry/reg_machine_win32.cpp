@@ -1,1 +1,0 @@
-// The machine helper now lives in tests/support (dsl_test_support).
