@@ -23,9 +23,10 @@ std::unique_ptr<COracleConfig>& record() {
   return config;
 }
 
-// A number or boolean read never fails: whatever goes wrong gives the present value.
-template <typename T>
-T read_or_keep(const win::win_reg_key_t& key, const char* name, T present) {
+// A read never fails: a missing value, one of another type or any other error gives the
+// present value.
+template <typename Name, typename T>
+T read_or_keep(const win::win_reg_key_t& key, const Name& name, T present) {
   try {
     return key.value_or(name, present);
   } catch (const std::exception&) {
@@ -81,11 +82,8 @@ void COracleConfig::load_registry() {
     agentTtlSec = read_or_keep(*key, "OracleAgentTtlSec", agentTtlSec);
     waitDbStartedAttemptCount =
         read_or_keep(*key, "OracleWaitDbStartedAttemptCount", waitDbStartedAttemptCount);
-    try {
-      // Taken as it stands: no separator is added and the folder need not exist.
-      tempLogPath = key->value_or(u"OracleTempLogPath", tempLogPath);
-    } catch (const std::exception&) {
-    }
+    // Taken as it stands: no separator is added and the folder need not exist.
+    tempLogPath = read_or_keep(*key, std::u16string(u"OracleTempLogPath"), tempLogPath);
     checkAsmLogFileExistence =
         read_or_keep(*key, "CheckAsmLogFileExistence", checkAsmLogFileExistence);
     supportOracle10 = read_or_keep(*key, "SupportOracle10", supportOracle10);

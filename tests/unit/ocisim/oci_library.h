@@ -4,28 +4,12 @@
 #include <memory>
 #include <string>
 
-#include "oracle/client/oci_api.h"
+#include "oracle/client/oci_table.h"
 
 namespace ocisim_test {
 
-struct oci_api_t {
-  OCIEnvCreate_fn OCIEnvCreate = nullptr;
-  OCIErrorGet_fn OCIErrorGet = nullptr;
-  OCIHandleAlloc_fn OCIHandleAlloc = nullptr;
-  OCIHandleFree_fn OCIHandleFree = nullptr;
-  OCIAttrSet_fn OCIAttrSet = nullptr;
-  OCIServerAttach_fn OCIServerAttach = nullptr;
-  OCIServerDetach_fn OCIServerDetach = nullptr;
-  OCISessionBegin_fn OCISessionBegin = nullptr;
-  OCISessionEnd_fn OCISessionEnd = nullptr;
-  OCIStmtPrepare_fn OCIStmtPrepare = nullptr;
-  OCIDefineByPos_fn OCIDefineByPos = nullptr;
-  OCIBindByName_fn OCIBindByName = nullptr;
-  OCIStmtExecute_fn OCIStmtExecute = nullptr;
-  OCIStmtFetch2_fn OCIStmtFetch2 = nullptr;
-  OCIDBStartup_fn OCIDBStartup = nullptr;
-  OCIDBShutdown_fn OCIDBShutdown = nullptr;
-};
+// The same table of the sixteen entry points the library binds.
+using oci_api_t = specific::oracle::oci_table_t;
 
 class oci_library_t {
  public:

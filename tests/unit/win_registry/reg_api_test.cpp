@@ -8,7 +8,7 @@
 
 #include "common/text/convert.h"
 #include "common/win/reg_api.h"
-#include "reg_machine.h"
+#include "support/reg_machine.h"
 
 namespace {
 

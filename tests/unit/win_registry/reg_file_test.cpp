@@ -8,7 +8,7 @@
 #include "common/exc/exc_base.h"
 #include "common/win/reg_api.h"
 #include "common/win/reg_file.h"
-#include "reg_machine.h"
+#include "support/reg_machine.h"
 #include "unit/exc/thrown.h"
 
 namespace {

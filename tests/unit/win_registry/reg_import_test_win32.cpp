@@ -13,7 +13,7 @@
 
 #include "common/text/convert.h"
 #include "common/win/reg_file.h"
-#include "reg_machine.h"
+#include "support/reg_machine.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "common/text/convert.h"
 #include "common/win/reg_api.h"
 #include "common/win/reg_key.h"
-#include "reg_machine.h"
+#include "support/reg_machine.h"
 #include "unit/exc/thrown.h"
 
 namespace {

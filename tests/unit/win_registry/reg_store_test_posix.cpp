@@ -10,7 +10,7 @@
 #include "common/win/reg_api.h"
 #include "common/win/reg_key.h"
 #include "common/win/reg_store_posix.h"
-#include "reg_machine.h"
+#include "support/reg_machine.h"
 #include "unit/exc/thrown.h"
 
 namespace {
