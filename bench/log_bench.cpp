@@ -38,7 +38,7 @@ using bench_clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
 
 constexpr int kRotationRounds = 7;
-constexpr int kCopyRounds = 7;
+constexpr int kCopyRounds = 11;
 constexpr int kLines = 1000000;
 
 double seconds_since(bench_clock::time_point start) {

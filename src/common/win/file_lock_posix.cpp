@@ -36,17 +36,25 @@ int set_lock(int fd, short type, off_t start, off_t length) {
   return 0;
 }
 
+// The lock that another open description holds over the range, as F_OFD_GETLK reports it
+// (l_type F_UNLCK when none); false when the question cannot be asked.
+bool first_lock_of_other(int fd, short type, off_t start, off_t length, short whence,
+                         struct flock& found) {
+  found = {};
+  found.l_type = type;
+  found.l_whence = whence;
+  found.l_start = start;
+  found.l_len = length;
+  found.l_pid = 0;  // required by open-file-description locks
+  return ::fcntl(fd, F_OFD_GETLK, &found) == 0;
+}
+
 // True when another open description holds a lock of a kind that clashes with `type` over
 // the range; false also when the question cannot be asked.
 bool held_by_other(int fd, short type, off_t start, off_t length) {
-  struct flock lock = {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = start;
-  lock.l_len = length;
-  lock.l_pid = 0;
-  if (::fcntl(fd, F_OFD_GETLK, &lock) != 0) return false;
-  return lock.l_type != F_UNLCK;
+  struct flock found;
+  return first_lock_of_other(fd, type, start, length, SEEK_SET, found) &&
+         found.l_type != F_UNLCK;
 }
 
 bool marker_held(int fd, off_t marker) { return held_by_other(fd, F_WRLCK, marker, 1); }
@@ -88,6 +96,23 @@ bool region_locked_by_other(int fd, bool for_write, off_t start, uint64_t length
   const off_t span = static_cast<off_t>(length < room ? length : room);
   if (span <= 0) return false;
   return held_by_other(fd, for_write ? F_WRLCK : F_RDLCK, start, span);
+}
+
+bool region_at_position_locked_by_other(int fd, bool for_write, uint32_t length) {
+  if (length == 0) return false;
+  // One call for the usual case: the kernel takes the range from the file position itself,
+  // which spares every read and write an lseek of its own.
+  struct flock found;
+  if (!first_lock_of_other(fd, for_write ? F_WRLCK : F_RDLCK, 0, static_cast<off_t>(length),
+                           SEEK_CUR, found)) {
+    return false;
+  }
+  if (found.l_type == F_UNLCK) return false;
+  if (found.l_start < kMarkerBase) return true;
+  // The range ran into the share markers, which only a position at the far end of the offset
+  // range can do: ask again with the range cut short of them.
+  const off_t position = ::lseek(fd, 0, SEEK_CUR);
+  return position >= 0 && region_locked_by_other(fd, for_write, position, length);
 }
 
 bool delete_withheld(const std::string& host_path) {

@@ -27,6 +27,10 @@ uint32_t take_share_markers(int fd, uint32_t access, uint32_t share);
 // locks count) or a write (any lock counts) of `length` bytes at `start` would meet.
 bool region_locked_by_other(int fd, bool for_write, off_t start, uint64_t length);
 
+// The same for `length` bytes from the file position of `fd`, without moving or reading it
+// first: one fcntl call for the region that every read and write tests.
+bool region_at_position_locked_by_other(int fd, bool for_write, uint32_t length);
+
 // Whether an open of the file at `host_path` withholds the right to delete or rename it, as
 // every open of this layer does unless it shares FILE_SHARE_DELETE.
 bool delete_withheld(const std::string& host_path);

@@ -136,10 +136,7 @@ void close(native_handle_t handle) noexcept { ::close(fd_of(handle)); }
 uint32_t write(native_handle_t handle, const void* data, uint32_t size, uint32_t& done) {
   done = 0;
   const int fd = fd_of(handle);
-  const off_t position = ::lseek(fd, 0, SEEK_CUR);
-  if (position >= 0 && host::region_locked_by_other(fd, true, position, size)) {
-    return kErrorLockViolation;
-  }
+  if (host::region_at_position_locked_by_other(fd, true, size)) return kErrorLockViolation;
   const char* bytes = static_cast<const char*>(data);
   while (done < size) {
     const ssize_t n = ::write(fd, bytes + done, size - done);
@@ -156,10 +153,7 @@ uint32_t write(native_handle_t handle, const void* data, uint32_t size, uint32_t
 uint32_t read(native_handle_t handle, void* data, uint32_t size, uint32_t& done) {
   done = 0;
   const int fd = fd_of(handle);
-  const off_t position = ::lseek(fd, 0, SEEK_CUR);
-  if (position >= 0 && host::region_locked_by_other(fd, false, position, size)) {
-    return kErrorLockViolation;
-  }
+  if (host::region_at_position_locked_by_other(fd, false, size)) return kErrorLockViolation;
   char* bytes = static_cast<char*>(data);
   while (done < size) {
     const ssize_t n = ::read(fd, bytes + done, size - done);

@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <limits>
 
 #include "common/exc/exc_base.h"
 #include "common/win/file.h"
@@ -71,6 +72,78 @@ TEST(HostLocks, RegionTestSeesOnlyOtherOpensAndOnlyTheRegion) {
   EXPECT_FALSE(win::host::region_locked_by_other(holder, true, 15, 1));
   ::close(holder);
   EXPECT_FALSE(win::host::region_locked_by_other(other, true, 15, 1));
+  ::close(other);
+}
+
+TEST(HostLocks, RegionAtThePositionIsTakenFromTheFilePosition) {
+  dsl_test::test_folder_t dir;
+  dir.raw_write(u"p.bin", std::string(100, '.'));
+  const std::string path = dir.host_root() + "/c/t/p.bin";
+  const int holder = ::open(path.c_str(), O_RDWR);
+  const int other = ::open(path.c_str(), O_RDWR);
+  ASSERT_GE(holder, 0);
+  ASSERT_GE(other, 0);
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = 40;
+  lock.l_len = 10;
+  ASSERT_EQ(::fcntl(holder, F_OFD_SETLK, &lock), 0);
+  using win::host::region_at_position_locked_by_other;
+  ASSERT_EQ(::lseek(other, 30, SEEK_SET), 30);
+  EXPECT_FALSE(region_at_position_locked_by_other(other, false, 10));
+  EXPECT_TRUE(region_at_position_locked_by_other(other, false, 11));
+  EXPECT_TRUE(region_at_position_locked_by_other(other, true, 11));
+  EXPECT_FALSE(region_at_position_locked_by_other(other, true, 0));
+  ASSERT_EQ(::lseek(other, 49, SEEK_SET), 49);
+  EXPECT_TRUE(region_at_position_locked_by_other(other, false, 1));
+  ASSERT_EQ(::lseek(other, 50, SEEK_SET), 50);
+  EXPECT_FALSE(region_at_position_locked_by_other(other, true, 1000));
+  // The test leaves the position where it was.
+  EXPECT_EQ(::lseek(other, 0, SEEK_CUR), 50);
+  EXPECT_FALSE(region_at_position_locked_by_other(holder, true, 100));
+  ::close(holder);
+  ::close(other);
+}
+
+TEST(HostLocks, RegionAtTheFarEndOfTheOffsetsDoesNotMeetTheShareMarkers) {
+  // Only a file system whose files may reach the far end of the offsets lets a position
+  // stand there; tmpfs does, the usual disk file systems stop at some terabytes.
+  char name[] = "/dev/shm/dsl-far-XXXXXX";
+  const int other = ::mkstemp(name);
+  if (other < 0) GTEST_SKIP() << "no tmpfs at /dev/shm";
+  ::unlink(name);
+  const off_t far = std::numeric_limits<off_t>::max() - 100;
+  if (::lseek(other, far, SEEK_SET) != far) {
+    ::close(other);
+    GTEST_SKIP() << "/dev/shm does not take a position at the far end of the offsets";
+  }
+  // Another open holds its share markers there, as every open of the file layer does.
+  const std::string path = "/proc/self/fd/" + std::to_string(other);
+  const int marked = ::open(path.c_str(), O_RDWR);
+  ASSERT_GE(marked, 0);
+  ASSERT_EQ(win::host::take_share_markers(marked, win::kGenericRead, win::kFileShareRead), 0u);
+  // The plain question over the range meets the markers; the region test must not.
+  struct flock plain = {};
+  plain.l_type = F_WRLCK;
+  plain.l_whence = SEEK_CUR;
+  plain.l_len = 90;
+  ASSERT_EQ(::fcntl(other, F_OFD_GETLK, &plain), 0);
+  EXPECT_NE(plain.l_type, F_UNLCK);
+  EXPECT_FALSE(win::host::region_at_position_locked_by_other(other, true, 90));
+  // A real lock just below the markers is still met.
+  const int holder = ::open(path.c_str(), O_RDWR);
+  ASSERT_GE(holder, 0);
+  struct flock lock = {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = far + 10;
+  lock.l_len = 5;
+  ASSERT_EQ(::fcntl(holder, F_OFD_SETLK, &lock), 0);
+  EXPECT_TRUE(win::host::region_at_position_locked_by_other(other, true, 90));
+  EXPECT_EQ(::lseek(other, 0, SEEK_CUR), far);
+  ::close(holder);
+  ::close(marked);
   ::close(other);
 }
 
