@@ -15,6 +15,10 @@ std::string bin_dir();
 // A library of the system that loads fine and exports none of the library's functions.
 std::string library_without_exports();
 
+// Where the library keeps a log of this name when no folder is configured: the common
+// application-data folder on drive C, which the host build finds below `machine_root`.
+std::string standard_log_file(const std::string& machine_root, const std::string& name);
+
 void set_environment(const std::string& name, const std::string& value);
 
 // Loads a library into the test process; null with `error` set on failure. Never unloaded.

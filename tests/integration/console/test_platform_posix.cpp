@@ -32,6 +32,10 @@ std::string library_without_exports() {
   return info.dli_fname;
 }
 
+std::string standard_log_file(const std::string& machine_root, const std::string& name) {
+  return machine_root + "/c/ProgramData/Trelo/Backup/" + name;
+}
+
 void set_environment(const std::string& name, const std::string& value) {
   setenv(name.c_str(), value.c_str(), 1);
 }

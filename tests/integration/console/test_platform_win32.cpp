@@ -56,6 +56,10 @@ std::string bin_dir() {
   return to_utf8(dir);
 }
 
+std::string standard_log_file(const std::string& /*machine_root*/, const std::string& name) {
+  return "C:\\ProgramData\\Trelo\\Backup\\" + name;
+}
+
 std::string library_without_exports() {
   wchar_t folder[MAX_PATH];
   const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
