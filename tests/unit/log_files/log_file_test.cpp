@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "../win_files/holder_process.h"
+#include "support/holder_process.h"
 #include "common/exc/exc_base.h"
 #include "common/logging/log.h"
 #include "common/logging/log_channel.h"

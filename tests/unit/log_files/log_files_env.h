@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "../win_files/test_folder.h"
+#include "support/test_folder.h"
 #include "support/reg_machine.h"
 
 namespace dsl_test {

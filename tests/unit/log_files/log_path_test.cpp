@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "../win_files/holder_process.h"
+#include "support/holder_process.h"
 #include "common/exc/exc_base.h"
 #include "common/logging/log_file.h"
 #include "common/logging/log_path.h"

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "common/exc/exc_base.h"
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "common/text/convert.h"
 #include "common/win/file.h"
 #include "common/win/path_ops.h"
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 namespace {
 

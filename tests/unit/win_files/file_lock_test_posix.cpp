@@ -16,7 +16,7 @@
 #include "common/exc/exc_base.h"
 #include "common/win/file.h"
 #include "common/win/file_codes.h"
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 namespace {
 

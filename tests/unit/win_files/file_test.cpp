@@ -9,9 +9,9 @@
 
 #include "common/exc/exc_base.h"
 #include "common/win/file_codes.h"
-#include "holder_process.h"
+#include "support/holder_process.h"
 #include "support/capture_receiver.h"
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 namespace {
 

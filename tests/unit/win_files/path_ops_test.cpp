@@ -11,7 +11,7 @@
 #include "common/win/file_codes.h"
 #include "common/win/path.h"
 #include "support/capture_receiver.h"
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "holder_process.h"
+#include "support/holder_process.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,4 +1,4 @@
-#include "test_folder.h"
+#include "support/test_folder.h"
 
 #include <windows.h>
 
