@@ -11,6 +11,7 @@
 
 #include "common/win/file.h"
 #include "common/win/path_map_posix.h"
+#include "support/ofd_lock_posix.h"
 
 namespace dsl_test {
 
@@ -34,12 +35,9 @@ void sleep_for_ms(uint32_t ms) {
     // markers: it stands for a process outside this library, as a backup reader would be.
     const int fd = ::open(host_path.c_str(), O_RDWR);
     if (fd < 0) ::_exit(2);
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    lock.l_start = static_cast<off_t>(offset);
-    lock.l_len = static_cast<off_t>(length);
-    if (::fcntl(fd, F_OFD_SETLK, &lock) != 0) ::_exit(3);
+    if (!take_ofd_lock(fd, F_WRLCK, static_cast<off_t>(offset), static_cast<off_t>(length))) {
+      ::_exit(3);
+    }
   } else {
     try {
       file = win::win_file_t::create_or_open(path);

@@ -23,13 +23,19 @@ constexpr off_t kDenyRead = kMarkerBase + 2;
 constexpr off_t kDenyWrite = kMarkerBase + 3;
 constexpr off_t kDenyDelete = kMarkerBase + 4;
 
-int set_lock(int fd, short type, off_t start, off_t length) {
+// The lock record of one range; l_pid 0, as open-file-description locks require.
+struct flock range_of(short type, off_t start, off_t length, short whence = SEEK_SET) {
   struct flock lock = {};
   lock.l_type = type;
-  lock.l_whence = SEEK_SET;
+  lock.l_whence = whence;
   lock.l_start = start;
   lock.l_len = length;
-  lock.l_pid = 0;  // required by open-file-description locks
+  lock.l_pid = 0;
+  return lock;
+}
+
+int set_lock(int fd, short type, off_t start, off_t length) {
+  struct flock lock = range_of(type, start, length);
   while (::fcntl(fd, F_OFD_SETLK, &lock) != 0) {
     if (errno != EINTR) return errno;
   }
@@ -40,12 +46,7 @@ int set_lock(int fd, short type, off_t start, off_t length) {
 // (l_type F_UNLCK when none); false when the question cannot be asked.
 bool first_lock_of_other(int fd, short type, off_t start, off_t length, short whence,
                          struct flock& found) {
-  found = {};
-  found.l_type = type;
-  found.l_whence = whence;
-  found.l_start = start;
-  found.l_len = length;
-  found.l_pid = 0;  // required by open-file-description locks
+  found = range_of(type, start, length, whence);
   return ::fcntl(fd, F_OFD_GETLK, &found) == 0;
 }
 

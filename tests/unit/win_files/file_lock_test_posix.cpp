@@ -16,6 +16,7 @@
 #include "common/exc/exc_base.h"
 #include "common/win/file.h"
 #include "common/win/file_codes.h"
+#include "support/ofd_lock_posix.h"
 #include "support/test_folder.h"
 
 namespace {
@@ -55,12 +56,7 @@ TEST(HostLocks, RegionTestSeesOnlyOtherOpensAndOnlyTheRegion) {
   const int other = ::open(path.c_str(), O_RDWR);
   ASSERT_GE(holder, 0);
   ASSERT_GE(other, 0);
-  struct flock lock = {};
-  lock.l_type = F_RDLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = 10;
-  lock.l_len = 10;
-  ASSERT_EQ(::fcntl(holder, F_OFD_SETLK, &lock), 0);
+  ASSERT_TRUE(dsl_test::take_ofd_lock(holder, F_RDLCK, 10, 10));
   // A shared lock stops writers but lets readers through.
   EXPECT_TRUE(win::host::region_locked_by_other(other, true, 15, 1));
   EXPECT_FALSE(win::host::region_locked_by_other(other, false, 15, 1));
@@ -83,12 +79,7 @@ TEST(HostLocks, RegionAtThePositionIsTakenFromTheFilePosition) {
   const int other = ::open(path.c_str(), O_RDWR);
   ASSERT_GE(holder, 0);
   ASSERT_GE(other, 0);
-  struct flock lock = {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = 40;
-  lock.l_len = 10;
-  ASSERT_EQ(::fcntl(holder, F_OFD_SETLK, &lock), 0);
+  ASSERT_TRUE(dsl_test::take_ofd_lock(holder, F_WRLCK, 40, 10));
   using win::host::region_at_position_locked_by_other;
   ASSERT_EQ(::lseek(other, 30, SEEK_SET), 30);
   EXPECT_FALSE(region_at_position_locked_by_other(other, false, 10));
@@ -134,12 +125,7 @@ TEST(HostLocks, RegionAtTheFarEndOfTheOffsetsDoesNotMeetTheShareMarkers) {
   // A real lock just below the markers is still met.
   const int holder = ::open(path.c_str(), O_RDWR);
   ASSERT_GE(holder, 0);
-  struct flock lock = {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = far + 10;
-  lock.l_len = 5;
-  ASSERT_EQ(::fcntl(holder, F_OFD_SETLK, &lock), 0);
+  ASSERT_TRUE(dsl_test::take_ofd_lock(holder, F_WRLCK, far + 10, 5));
   EXPECT_TRUE(win::host::region_at_position_locked_by_other(other, true, 90));
   EXPECT_EQ(::lseek(other, 0, SEEK_CUR), far);
   ::close(holder);

@@ -13,6 +13,7 @@
 #include "common/exc/exc_base.h"
 #include "common/win/file.h"
 #include "common/win/file_codes.h"
+#include "support/ofd_lock_posix.h"
 #include "support/test_folder.h"
 
 namespace {
@@ -87,12 +88,7 @@ TEST(HostPaths, LockRegionOverTheWholeFileKeepsOpensOut) {
   dir.raw_write(u"a.bin", "x");
   const int fd = ::open((dir.host_root() + "/c/t/a.bin").c_str(), O_RDWR);
   ASSERT_GE(fd, 0);
-  struct flock lock = {};
-  lock.l_type = F_WRLCK;
-  lock.l_whence = SEEK_SET;
-  lock.l_start = 0;
-  lock.l_len = 0;
-  ASSERT_EQ(::fcntl(fd, F_OFD_SETLK, &lock), 0);
+  ASSERT_TRUE(dsl_test::take_ofd_lock(fd, F_WRLCK, 0, 0));
   try {
     win::win_file_t::open_read(dir.path(u"a.bin"));
     FAIL() << "no failure";
