@@ -5,10 +5,9 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
-#include <mutex>
-#include <set>
 
 #include "common/text/codepage.h"
+#include "common/win/handle_table_posix.h"
 #include "common/win/reg_api.h"
 #include "common/win/reg_file.h"
 #include "common/win/reg_store_posix.h"
@@ -23,22 +22,12 @@ struct open_key_t {
   uint32_t access = 0;
 };
 
-struct handles_t {
-  std::mutex lock;
-  std::set<open_key_t*> live;
-};
-
-handles_t& handles() {
-  static handles_t instance;
+host::handle_table_t<open_key_t>& handles() {
+  static host::handle_table_t<open_key_t> instance;
   return instance;
 }
 
-open_key_t* find_handle(reg_handle_t handle) {
-  handles_t& h = handles();
-  std::lock_guard<std::mutex> guard(h.lock);
-  const auto it = h.live.find(static_cast<open_key_t*>(handle));
-  return it == h.live.end() ? nullptr : *it;
-}
+open_key_t* find_handle(reg_handle_t handle) { return handles().find(handle); }
 
 // The store is read-only: what a read asks for is granted, anything that would write is refused.
 constexpr uint32_t kGenericExecute = 0x20000000;
@@ -149,24 +138,12 @@ uint32_t open_key(reg_handle_t parent, const std::u16string& path, uint32_t acce
   record->tree = std::move(tree);
   record->key = key;
   record->access = effective_access(access);
-  handles_t& h = handles();
-  std::lock_guard<std::mutex> guard(h.lock);
-  h.live.insert(record.get());
-  out = record.release();
+  out = handles().keep(std::move(record));
   return kErrorSuccess;
 }
 
 uint32_t close_key(reg_handle_t key) noexcept {
-  handles_t& h = handles();
-  std::unique_ptr<open_key_t> record;
-  {
-    std::lock_guard<std::mutex> guard(h.lock);
-    const auto it = h.live.find(static_cast<open_key_t*>(key));
-    if (it == h.live.end()) return kErrorInvalidHandle;
-    record.reset(*it);
-    h.live.erase(it);
-  }
-  return kErrorSuccess;
+  return handles().close(key) ? kErrorSuccess : kErrorInvalidHandle;
 }
 
 uint32_t query_value_w(reg_handle_t key, const std::u16string& name, uint32_t* type, uint8_t* data,

@@ -2,9 +2,8 @@
 // holds the tree it was connected to; a service handle holds that tree and the service's key, so
 // the state it reports is the one of the store it was opened on.
 #include <memory>
-#include <mutex>
-#include <set>
 
+#include "common/win/handle_table_posix.h"
 #include "common/win/reg_api.h"
 #include "common/win/reg_file.h"
 #include "common/win/reg_store_posix.h"
@@ -24,28 +23,15 @@ struct sc_object_t {
   uint32_t access = 0;
 };
 
-struct handles_t {
-  std::mutex lock;
-  std::set<sc_object_t*> live;
-};
-
-handles_t& handles() {
-  static handles_t instance;
+host::handle_table_t<sc_object_t>& handles() {
+  static host::handle_table_t<sc_object_t> instance;
   return instance;
 }
 
-sc_object_t* find_handle(svc_handle_t handle) {
-  handles_t& h = handles();
-  std::lock_guard<std::mutex> guard(h.lock);
-  const auto it = h.live.find(static_cast<sc_object_t*>(handle));
-  return it == h.live.end() ? nullptr : *it;
-}
+sc_object_t* find_handle(svc_handle_t handle) { return handles().find(handle); }
 
 svc_handle_t keep(std::unique_ptr<sc_object_t> object) {
-  handles_t& h = handles();
-  std::lock_guard<std::mutex> guard(h.lock);
-  h.live.insert(object.get());
-  return object.release();
+  return handles().keep(std::move(object));
 }
 
 }  // namespace
@@ -98,14 +84,7 @@ uint32_t query_state(svc_handle_t service, uint32_t& state) {
 }
 
 uint32_t close_handle(svc_handle_t handle) noexcept {
-  handles_t& h = handles();
-  std::unique_ptr<sc_object_t> object;
-  std::lock_guard<std::mutex> guard(h.lock);
-  const auto it = h.live.find(static_cast<sc_object_t*>(handle));
-  if (it == h.live.end()) return kErrorInvalidHandle;
-  object.reset(*it);
-  h.live.erase(it);
-  return 0;
+  return handles().close(handle) ? 0 : kErrorInvalidHandle;
 }
 
 }  // namespace win::svc_api
