@@ -72,141 +72,90 @@ void CWinOraInterface::pass_gate() {
 }
 
 sword CWinOraInterface::handle_alloc(const void* parent, void** handle, ub4 type) {
-  pass_gate();
-  const sword rc = table().OCIHandleAlloc(parent, handle, type, /*xtramem_sz=*/0,
-                                          /*usrmempp=*/nullptr);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIHandleAlloc, parent, handle, type, /*xtramem_sz=*/0,
+               /*usrmempp=*/nullptr);
 }
 
 sword CWinOraInterface::handle_free(void* handle, ub4 type) {
-  pass_gate();
-  const sword rc = table().OCIHandleFree(handle, type);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIHandleFree, handle, type);
 }
 
-sword CWinOraInterface::attr_set(void* target, ub4 targetType, void* value, ub4 size,
-                                 ub4 attribute, OCIError* error) {
-  pass_gate();
-  const sword rc = table().OCIAttrSet(target, targetType, value, size, attribute, error);
-  pass_gate();
-  return rc;
+sword CWinOraInterface::attr_set(void* target, ub4 targetType, void* value, ub4 size, ub4 attribute,
+                                 OCIError* error) {
+  return gated(&oci_table_t::OCIAttrSet, target, targetType, value, size, attribute, error);
 }
 
-sword CWinOraInterface::stmt_prepare(OCIStmt* statement, OCIError* error,
-                                     const std::string& text) {
-  pass_gate();
-  const sword rc = table().OCIStmtPrepare(
-      statement, error, reinterpret_cast<const OraText*>(text.c_str()),
-      static_cast<ub4>(text.size()), OCI_NTV_SYNTAX, OCI_DEFAULT);
-  pass_gate();
-  return rc;
+sword CWinOraInterface::stmt_prepare(OCIStmt* statement, OCIError* error, const std::string& text) {
+  return gated(&oci_table_t::OCIStmtPrepare, statement, error,
+               reinterpret_cast<const OraText*>(text.c_str()), static_cast<ub4>(text.size()),
+               OCI_NTV_SYNTAX, OCI_DEFAULT);
 }
 
 sword CWinOraInterface::stmt_execute(OCISvcCtx* service, OCIStmt* statement, OCIError* error,
                                      ub4 iterations) {
-  pass_gate();
-  const sword rc = table().OCIStmtExecute(service, statement, error, iterations, /*rowoff=*/0,
-                                          /*snap_in=*/nullptr, /*snap_out=*/nullptr,
-                                          OCI_DEFAULT);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIStmtExecute, service, statement, error, iterations, /*rowoff=*/0,
+               /*snap_in=*/nullptr, /*snap_out=*/nullptr, OCI_DEFAULT);
 }
 
 sword CWinOraInterface::bind_by_name(OCIStmt* statement, OCIBind** bind, OCIError* error,
                                      const std::string& placeholder, void* value, sb4 size,
                                      ub2 type) {
-  pass_gate();
-  const sword rc = table().OCIBindByName(
-      statement, bind, error, reinterpret_cast<const OraText*>(placeholder.c_str()),
-      /*placeh_len=*/-1, value, size, type, /*indp=*/nullptr, /*alenp=*/nullptr,
-      /*rcodep=*/nullptr, /*maxarr_len=*/0, /*curelep=*/nullptr, OCI_DEFAULT);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIBindByName, statement, bind, error,
+               reinterpret_cast<const OraText*>(placeholder.c_str()), /*placeh_len=*/-1, value,
+               size, type, /*indp=*/nullptr, /*alenp=*/nullptr, /*rcodep=*/nullptr,
+               /*maxarr_len=*/0, /*curelep=*/nullptr, OCI_DEFAULT);
 }
 
 sword CWinOraInterface::session_begin(OCISvcCtx* service, OCIError* error, OCISession* session,
                                       ub4 credentials, ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCISessionBegin(service, error, session, credentials, mode);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCISessionBegin, service, error, session, credentials, mode);
 }
 
 sword CWinOraInterface::env_create(OCIEnv** env, ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCIEnvCreate(env, mode, /*ctxp=*/nullptr, /*malocfp=*/nullptr,
-                                        /*ralocfp=*/nullptr, /*mfreefp=*/nullptr,
-                                        /*xtramem_sz=*/0, /*usrmempp=*/nullptr);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIEnvCreate, env, mode, /*ctxp=*/nullptr, /*malocfp=*/nullptr,
+               /*ralocfp=*/nullptr, /*mfreefp=*/nullptr, /*xtramem_sz=*/0, /*usrmempp=*/nullptr);
 }
 
-sword CWinOraInterface::error_get(void* handle, ub4 record, sb4* code, OraText* buffer,
-                                  ub4 size, ub4 type) {
-  pass_gate();
-  const sword rc = table().OCIErrorGet(handle, record, /*sqlstate=*/nullptr, code, buffer, size,
-                                       type);
-  pass_gate();
-  return rc;
+sword CWinOraInterface::error_get(void* handle, ub4 record, sb4* code, OraText* buffer, ub4 size,
+                                  ub4 type) {
+  return gated(&oci_table_t::OCIErrorGet, handle, record, /*sqlstate=*/nullptr, code, buffer, size,
+               type);
 }
 
 sword CWinOraInterface::server_attach(OCIServer* server, OCIError* error, const OraText* link,
                                       sb4 linkLength, ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCIServerAttach(server, error, link, linkLength, mode);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIServerAttach, server, error, link, linkLength, mode);
 }
 
 sword CWinOraInterface::server_detach(OCIServer* server, OCIError* error, ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCIServerDetach(server, error, mode);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIServerDetach, server, error, mode);
 }
 
 sword CWinOraInterface::session_end(OCISvcCtx* service, OCIError* error, OCISession* session,
                                     ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCISessionEnd(service, error, session, mode);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCISessionEnd, service, error, session, mode);
 }
 
 sword CWinOraInterface::define_by_pos(OCIStmt* statement, OCIDefine** define, OCIError* error,
                                       ub4 position, void* value, sb4 size, ub2 type,
                                       void* indicator, ub2* length, ub2* code, ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCIDefineByPos(statement, define, error, position, value, size, type,
-                                          indicator, length, code, mode);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIDefineByPos, statement, define, error, position, value, size, type,
+               indicator, length, code, mode);
 }
 
-sword CWinOraInterface::stmt_fetch(OCIStmt* statement, OCIError* error, ub4 rows,
-                                   ub2 orientation, sb4 offset, ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCIStmtFetch2(statement, error, rows, orientation, offset, mode);
-  pass_gate();
-  return rc;
+sword CWinOraInterface::stmt_fetch(OCIStmt* statement, OCIError* error, ub4 rows, ub2 orientation,
+                                   sb4 offset, ub4 mode) {
+  return gated(&oci_table_t::OCIStmtFetch2, statement, error, rows, orientation, offset, mode);
 }
 
-sword CWinOraInterface::db_startup(OCISvcCtx* service, OCIError* error, OCIAdmin* admin,
-                                   ub4 mode, ub4 flags) {
-  pass_gate();
-  const sword rc = table().OCIDBStartup(service, error, admin, mode, flags);
-  pass_gate();
-  return rc;
+sword CWinOraInterface::db_startup(OCISvcCtx* service, OCIError* error, OCIAdmin* admin, ub4 mode,
+                                   ub4 flags) {
+  return gated(&oci_table_t::OCIDBStartup, service, error, admin, mode, flags);
 }
 
 sword CWinOraInterface::db_shutdown(OCISvcCtx* service, OCIError* error, OCIAdmin* admin,
                                     ub4 mode) {
-  pass_gate();
-  const sword rc = table().OCIDBShutdown(service, error, admin, mode);
-  pass_gate();
-  return rc;
+  return gated(&oci_table_t::OCIDBShutdown, service, error, admin, mode);
 }
 
 session_cut_off_scope_t::session_cut_off_scope_t(std::shared_ptr<const std::atomic<bool>> cutOff)

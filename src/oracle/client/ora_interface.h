@@ -71,6 +71,14 @@ class CWinOraInterface {
   const oci_table_t& table();
   // Before and after every call: a cut-off worker stops here.
   static void pass_gate();
+  // One entry of the table called between the two gates.
+  template <typename entry_t, typename... args_t>
+  sword gated(entry_t oci_table_t::*entry, args_t... args) {
+    pass_gate();
+    const sword rc = (table().*entry)(args...);
+    pass_gate();
+    return rc;
+  }
 };
 
 // Marks the calling thread as a session worker for its lifetime: once `cutOff` becomes true,
