@@ -4,14 +4,15 @@
 #pragma once
 #include <string>
 
+#include "support/bin_dir.h"
+
 namespace console_test {
 
 const char* host_file_name();     // dbshadowlink.exe or dbshadowlink
 const char* library_file_name();  // DbShadowLink.dll or libDbShadowLink.so
 
-// The folder that holds the host and the library (DSL_BIN_DIR, else the test's own folder),
-// in UTF-8, without a trailing separator.
-std::string bin_dir();
+// The folder that holds the host and the library.
+using dsl_test::bin_dir;
 // A library of the system that loads fine and exports none of the library's functions.
 std::string library_without_exports();
 

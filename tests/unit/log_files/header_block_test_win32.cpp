@@ -9,18 +9,12 @@
 #include "common/exc/exc_base.h"
 #include "common/logging/header_block.h"
 #include "common/text/convert.h"
+#include "support/bin_dir.h"
 
 namespace {
 
-// The shipped library, which carries a version resource with comments; DSL_BIN_DIR names its
-// folder as a host path, which Wine shows on drive Z:.
-std::string library_path() {
-  const char* bin = std::getenv("DSL_BIN_DIR");
-  std::string path = bin != nullptr ? bin : ".";
-  if (!path.empty() && path[0] == '/') path = "Z:" + path;
-  for (auto& c : path) c = c == '/' ? '\\' : c;
-  return path + "\\DbShadowLink.dll";
-}
+// The shipped library, which carries a version resource with comments.
+std::string library_path() { return dsl_test::bin_dir() + "\\DbShadowLink.dll"; }
 
 TEST(PlatformHeaderSource, ReadsTheFixedFileVersionAndTheComments) {
   const std::string path = library_path();

@@ -9,11 +9,9 @@
 #pragma once
 #include <string>
 
-namespace dsl_test {
+#include "support/reg_machine.h"  // fixture_path
 
-// A file of tests/fixtures (DSL_SOURCE_DIR names the source tree), as this platform's file
-// functions take it.
-std::string fixture_path(const std::string& name);
+namespace dsl_test {
 
 class svc_machine_t {
  public:

@@ -112,17 +112,6 @@ std::u16string text_of(const win::reg_file::value_t* value) {
 
 }  // namespace
 
-std::string fixture_path(const std::string& name) {
-  wchar_t buffer[32768];
-  const DWORD length = GetEnvironmentVariableW(L"DSL_SOURCE_DIR", buffer, 32768);
-  std::wstring root = (length == 0 || length >= 32768) ? L"." : std::wstring(buffer, length);
-  // ctest hands over the source folder as a host path; Wine shows the host's root as Z:.
-  if (root[0] == L'/') root.insert(0, L"Z:");
-  std::wstring path = root + L"\\tests\\fixtures\\";
-  for (auto& c : path) c = (c == L'/') ? L'\\' : c;
-  return util::to_multibyte(std::u16string(path.begin(), path.end())) + name;
-}
-
 struct svc_machine_t::state_t {
   std::vector<std::wstring> created;
 
