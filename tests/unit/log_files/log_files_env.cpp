@@ -77,4 +77,25 @@ std::vector<std::string> crlf_lines(const std::string& text) {
   return lines;
 }
 
+standard_folder_file_t::standard_folder_file_t(const std::u16string& name)
+    : path_(logging::default_log_dir() + name) {}
+
+console_capture_t::console_capture_t(stream_t stream) : stream_(stream) {
+  if (stream_ == standard_output) {
+    testing::internal::CaptureStdout();
+  } else {
+    testing::internal::CaptureStderr();
+  }
+}
+
+console_capture_t::~console_capture_t() { take(); }
+
+std::string console_capture_t::take() {
+  if (taken_) return std::string();
+  taken_ = true;
+  std::fflush(nullptr);
+  return stream_ == standard_output ? testing::internal::GetCapturedStdout()
+                                    : testing::internal::GetCapturedStderr();
+}
+
 }  // namespace dsl_test

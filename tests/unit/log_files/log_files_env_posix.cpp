@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-#include <cstdio>
 
-#include "common/logging/log_path.h"
 #include "common/win/path_map_posix.h"
 
 namespace dsl_test {
@@ -49,30 +47,9 @@ void write_gz(const std::u16string& path, const std::string& bytes) {
   ASSERT_EQ(::gzclose(gz), Z_OK);
 }
 
-standard_folder_file_t::standard_folder_file_t(const std::u16string& name)
-    : path_(logging::default_log_dir() + name) {}
-
 // The standard folder lies below the test's own DBSHADOWLINK_ROOT here, which the test folder
 // removes with everything in it.
 standard_folder_file_t::~standard_folder_file_t() = default;
-
-console_capture_t::console_capture_t(stream_t stream) : stream_(stream) {
-  if (stream_ == standard_output) {
-    testing::internal::CaptureStdout();
-  } else {
-    testing::internal::CaptureStderr();
-  }
-}
-
-console_capture_t::~console_capture_t() { take(); }
-
-std::string console_capture_t::take() {
-  if (taken_) return std::string();
-  taken_ = true;
-  std::fflush(nullptr);
-  return stream_ == standard_output ? testing::internal::GetCapturedStdout()
-                                    : testing::internal::GetCapturedStderr();
-}
 
 struct debug_output_capture_t::state_t {
   console_capture_t console{console_capture_t::standard_error};

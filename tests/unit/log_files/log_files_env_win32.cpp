@@ -7,12 +7,10 @@
 #include <zlib.h>
 
 #include <atomic>
-#include <cstdio>
 #include <mutex>
 #include <thread>
 #include <io.h>
 
-#include "common/logging/log_path.h"
 
 namespace dsl_test {
 
@@ -55,28 +53,7 @@ void write_gz(const std::u16string& path, const std::string& bytes) {
   ASSERT_EQ(::gzclose(gz), Z_OK);
 }
 
-standard_folder_file_t::standard_folder_file_t(const std::u16string& name)
-    : path_(logging::default_log_dir() + name) {}
-
 standard_folder_file_t::~standard_folder_file_t() { ::DeleteFileW(w(path_)); }
-
-console_capture_t::console_capture_t(stream_t stream) : stream_(stream) {
-  if (stream_ == standard_output) {
-    testing::internal::CaptureStdout();
-  } else {
-    testing::internal::CaptureStderr();
-  }
-}
-
-console_capture_t::~console_capture_t() { take(); }
-
-std::string console_capture_t::take() {
-  if (taken_) return std::string();
-  taken_ = true;
-  std::fflush(nullptr);
-  return stream_ == standard_output ? testing::internal::GetCapturedStdout()
-                                    : testing::internal::GetCapturedStderr();
-}
 
 // A debugger's side of OutputDebugStringA without a debugger: the shared buffer and the two
 // events through which the system hands each text to a monitor. A writer waits until the
