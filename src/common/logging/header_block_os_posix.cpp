@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "common/exc/exc_base.h"
-#include "common/win/file_lock_posix.h"
+#include "common/win/errno_codes_posix.h"
 
 namespace logging::os {
 
@@ -29,7 +29,7 @@ std::string os_version_text() {
   utsname names;
   if (::uname(&names) != 0) {
     throw exc::win_sys_exc_t("Failed to determine operating system version",
-                             win::host::error_from_errno(errno, std::string()));
+                             win::host::error_from_errno(errno));
   }
   // The kernel release reads "major.minor.patch-flavour"; the patch level stands where
   // Windows puts its build number.

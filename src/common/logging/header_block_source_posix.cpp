@@ -9,7 +9,7 @@
 #include "common/exc/rethrow.h"
 #include "common/logging/header_block_os.h"
 #include "common/text/fmt.h"
-#include "common/win/file_lock_posix.h"
+#include "common/win/errno_codes_posix.h"
 
 namespace logging {
 
@@ -28,7 +28,7 @@ class posix_header_source_t : public header_source_t {
     char buffer[kModulePathCapacity] = {};
     const ssize_t length = ::readlink("/proc/self/exe", buffer, sizeof buffer);
     if (length <= 0) {
-      throw exc::win_sys_exc_t(kPathFailed, win::host::error_from_errno(errno, std::string()));
+      throw exc::win_sys_exc_t(kPathFailed, win::host::error_from_errno(errno));
     }
     return std::string(buffer, static_cast<size_t>(length));
   }

@@ -3,7 +3,7 @@
 #include <cerrno>
 
 #include "common/text/convert.h"
-#include "common/win/file_lock_posix.h"
+#include "common/win/errno_codes_posix.h"
 #include "common/win/path_map_posix.h"
 
 namespace logging::receiver::zip_sys {
@@ -16,6 +16,6 @@ gzFile open(const std::string& path, const char* mode, uint32_t& error) {
   return gz;
 }
 
-uint32_t last_error() { return win::host::error_from_errno(errno, std::string()); }
+uint32_t last_error() { return win::host::error_from_errno(errno); }
 
 }  // namespace logging::receiver::zip_sys

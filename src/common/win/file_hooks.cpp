@@ -50,11 +50,7 @@ file_hooks_t& file_hooks() {
   return current != nullptr ? *current : default_hooks();
 }
 
-path_guard_t::path_guard_t(const path_holder_t& path) {
-  file_hooks_t& hooks = file_hooks();
-  hooks.check_access(path);
-  scope_ = hooks.scope_for_path(path);
-}
+path_guard_t::path_guard_t(const path_holder_t& path) : path_guard_t(path, path) {}
 
 path_guard_t::path_guard_t(const path_holder_t& path, const path_holder_t& scope_path) {
   file_hooks_t& hooks = file_hooks();

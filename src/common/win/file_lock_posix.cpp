@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "common/win/errno_codes_posix.h"
 #include "common/win/file_codes.h"
 
 namespace win::host {
@@ -77,7 +78,7 @@ uint32_t take_share_markers(int fd, uint32_t access, uint32_t share) {
     if (marker < 0) continue;
     if (const int error = set_lock(fd, F_RDLCK, marker, 1)) {
       set_lock(fd, F_UNLCK, kMarkerBase, 8);
-      return error_from_errno(error, std::string());
+      return error_from_errno(error);
     }
   }
   const bool clash = (reads && marker_held(fd, kDenyRead)) ||
@@ -124,62 +125,6 @@ bool delete_withheld(const std::string& host_path) {
   const bool held = regular && marker_held(fd, kDenyDelete);
   ::close(fd);
   return held;
-}
-
-uint32_t error_from_errno(int error, const std::string& host_path) {
-  switch (error) {
-    case 0:
-      return kErrorSuccess;
-    case ENOENT: {
-      if (host_path.empty()) return kErrorFileNotFound;
-      std::string dir = host_path;
-      while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
-      const size_t slash = dir.rfind('/');
-      if (slash == std::string::npos) return kErrorFileNotFound;
-      dir.resize(slash == 0 ? 1 : slash);
-      struct stat st;
-      return ::stat(dir.c_str(), &st) == 0 && S_ISDIR(st.st_mode) ? kErrorFileNotFound
-                                                                    : kErrorPathNotFound;
-    }
-    case ENOTDIR:
-      return kErrorPathNotFound;
-    case EACCES:
-    case EPERM:
-    case EISDIR:
-      return kErrorAccessDenied;
-    case EROFS:
-      return kErrorWriteProtect;
-    case EEXIST:
-      return kErrorAlreadyExists;
-    case ENOTEMPTY:
-      return kErrorDirNotEmpty;
-    case ENOSPC:
-    case EFBIG:
-    case EDQUOT:
-      return kErrorDiskFull;
-    case ENAMETOOLONG:
-      return kErrorFilenameExcedRange;
-    case EMFILE:
-    case ENFILE:
-      return kErrorTooManyOpenFiles;
-    case EBADF:
-      return kErrorInvalidHandle;
-    case ENOMEM:
-      return kErrorNotEnoughMemory;
-    case EXDEV:
-      return kErrorNotSameDevice;
-    case EBUSY:
-      return kErrorBusy;
-    case ETXTBSY:
-    case EAGAIN:
-      return kErrorSharingViolation;
-    case ELOOP:
-      return kErrorCantResolveFilename;
-    case EINVAL:
-      return kErrorInvalidParameter;
-    default:
-      return kErrorIoDevice;
-  }
 }
 
 }  // namespace win::host

@@ -35,8 +35,4 @@ bool region_at_position_locked_by_other(int fd, bool for_write, uint32_t length)
 // every open of this layer does unless it shares FILE_SHARE_DELETE.
 bool delete_withheld(const std::string& host_path);
 
-// The Win32 code for an errno value. ENOENT is told apart by where it stands: ERROR_FILE_NOT_FOUND
-// when the folder of `host_path` exists, ERROR_PATH_NOT_FOUND when it does not.
-uint32_t error_from_errno(int error, const std::string& host_path);
-
 }  // namespace win::host

@@ -50,7 +50,7 @@ enum class file_kind_t : int {
   directory = 3,
   other = 4,
 };
-file_kind_t status(const std::u16string& path, uint32_t& error);
+file_kind_t status(const std::u16string& path);
 
 uint32_t create_directory(const std::u16string& path);
 // A file, or an empty folder.

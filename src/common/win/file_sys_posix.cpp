@@ -10,6 +10,7 @@
 
 #include "common/text/compare.h"
 #include "common/text/convert.h"
+#include "common/win/errno_codes_posix.h"
 #include "common/win/file_lock_posix.h"
 #include "common/win/path_map_posix.h"
 
@@ -18,10 +19,6 @@ namespace win::sys {
 namespace {
 
 int fd_of(native_handle_t handle) { return static_cast<int>(handle); }
-
-uint32_t from_errno(int error, const std::string& host_path = std::string()) {
-  return host::error_from_errno(error, host_path);
-}
 
 // "mkdir -p" of a folder that the host build promises to exist, as Windows has its temp and
 // common data folders from installation on.
@@ -89,13 +86,13 @@ uint32_t open(const std::u16string& path, uint32_t access, uint32_t share, uint3
   if (fd < 0) {
     const int error = errno;
     if (error == EEXIST) return kErrorFileExists;
-    return from_errno(error, host);
+    return host::error_from_errno(error, host);
   }
   struct stat st;
   if (::fstat(fd, &st) != 0) {
     const int error = errno;
     ::close(fd);
-    return from_errno(error, host);
+    return host::error_from_errno(error, host);
   }
   if (S_ISDIR(st.st_mode)) {
     // A folder opens only with backup semantics, as on Windows, and holds no share markers.
@@ -114,12 +111,10 @@ uint32_t open(const std::u16string& path, uint32_t access, uint32_t share, uint3
   if (disposition == kCreateAlways || disposition == kTruncateExisting) {
     // An empty file is left alone: truncating even a fresh file makes some file systems
     // flush everything later written to it when it is closed.
-    struct stat existing {};
-    const bool has_content = ::fstat(fd, &existing) != 0 || existing.st_size > 0;
-    if (has_content && ::ftruncate(fd, 0) != 0) {
+    if (st.st_size > 0 && ::ftruncate(fd, 0) != 0) {
       const int error = errno;
       ::close(fd);
-      return from_errno(error, host);
+      return host::error_from_errno(error, host);
     }
   }
   if (flags & kFileFlagNoBuffering) {
@@ -142,7 +137,7 @@ uint32_t write(native_handle_t handle, const void* data, uint32_t size, uint32_t
     const ssize_t n = ::write(fd, bytes + done, size - done);
     if (n < 0) {
       if (errno == EINTR) continue;
-      return errno == EBADF ? kErrorAccessDenied : from_errno(errno);
+      return errno == EBADF ? kErrorAccessDenied : host::error_from_errno(errno);
     }
     if (n == 0) return kErrorDiskFull;
     done += static_cast<uint32_t>(n);
@@ -161,7 +156,7 @@ uint32_t read(native_handle_t handle, void* data, uint32_t size, uint32_t& done)
       if (errno == EINTR) continue;
       // A folder opened with backup semantics cannot be read.
       return errno == EISDIR ? kErrorInvalidFunction
-                             : errno == EBADF ? kErrorAccessDenied : from_errno(errno);
+                             : errno == EBADF ? kErrorAccessDenied : host::error_from_errno(errno);
     }
     if (n == 0) break;  // the end of the file: a smaller count, no failure
     done += static_cast<uint32_t>(n);
@@ -173,7 +168,7 @@ uint32_t seek(native_handle_t handle, int64_t distance, uint32_t method, int64_t
   if (method > kFileEnd) return kErrorInvalidParameter;
   const int whence = method == kFileBegin ? SEEK_SET : method == kFileCurrent ? SEEK_CUR : SEEK_END;
   const off_t result = ::lseek(fd_of(handle), static_cast<off_t>(distance), whence);
-  if (result < 0) return errno == EINVAL ? kErrorNegativeSeek : from_errno(errno);
+  if (result < 0) return errno == EINVAL ? kErrorNegativeSeek : host::error_from_errno(errno);
   position = result;
   return 0;
 }
@@ -181,7 +176,7 @@ uint32_t seek(native_handle_t handle, int64_t distance, uint32_t method, int64_t
 uint32_t move_pointer(native_handle_t handle, uint64_t position) {
   if (position > static_cast<uint64_t>(INT64_MAX)) return kErrorNegativeSeek;
   if (::lseek(fd_of(handle), static_cast<off_t>(position), SEEK_SET) < 0) {
-    return errno == EINVAL ? kErrorNegativeSeek : from_errno(errno);
+    return errno == EINVAL ? kErrorNegativeSeek : host::error_from_errno(errno);
   }
   return 0;
 }
@@ -189,22 +184,22 @@ uint32_t move_pointer(native_handle_t handle, uint64_t position) {
 uint32_t set_end(native_handle_t handle) {
   const int fd = fd_of(handle);
   const off_t position = ::lseek(fd, 0, SEEK_CUR);
-  if (position < 0) return from_errno(errno);
+  if (position < 0) return host::error_from_errno(errno);
   if (::ftruncate(fd, position) != 0) {
-    return errno == EBADF || errno == EINVAL ? kErrorAccessDenied : from_errno(errno);
+    return errno == EBADF || errno == EINVAL ? kErrorAccessDenied : host::error_from_errno(errno);
   }
   return 0;
 }
 
 uint32_t size(native_handle_t handle, uint64_t& out) {
   struct stat st;
-  if (::fstat(fd_of(handle), &st) != 0) return from_errno(errno);
+  if (::fstat(fd_of(handle), &st) != 0) return host::error_from_errno(errno);
   out = static_cast<uint64_t>(st.st_size);
   return 0;
 }
 
 uint32_t flush(native_handle_t handle) {
-  if (::fsync(fd_of(handle)) != 0) return errno == EINVAL ? 0 : from_errno(errno);
+  if (::fsync(fd_of(handle)) != 0) return errno == EINVAL ? 0 : host::error_from_errno(errno);
   return 0;
 }
 
@@ -228,13 +223,13 @@ uint32_t find_first(const std::u16string& pattern) {
     const std::string host = host::host_path(pattern);
     struct stat st;
     if (::lstat(host.c_str(), &st) == 0) return 0;
-    return from_errno(errno, host);
+    return host::error_from_errno(errno, host);
   }
   const std::string host_dir = dir.empty() ? "." : host::host_path(dir);
   DIR* d = ::opendir(host_dir.c_str());
   if (d == nullptr) {
     const int error = errno;
-    return error == ENOENT || error == ENOTDIR ? kErrorPathNotFound : from_errno(error);
+    return error == ENOENT || error == ENOTDIR ? kErrorPathNotFound : host::error_from_errno(error);
   }
   bool found = false;
   while (const dirent* entry = ::readdir(d)) {
@@ -252,15 +247,11 @@ bool path_file_exists(const std::u16string& path) {
   return ::stat(host::host_path(path).c_str(), &st) == 0;
 }
 
-file_kind_t status(const std::u16string& path, uint32_t& error) {
-  error = 0;
-  const std::string host = host::host_path(path);
+file_kind_t status(const std::u16string& path) {
   struct stat st;
-  if (::stat(host.c_str(), &st) != 0) {
-    const int failure = errno;
-    error = from_errno(failure, host);
-    return failure == ENOENT || failure == ENOTDIR ? file_kind_t::not_found
-                                                   : file_kind_t::status_error;
+  if (::stat(host::host_path(path).c_str(), &st) != 0) {
+    return errno == ENOENT || errno == ENOTDIR ? file_kind_t::not_found
+                                               : file_kind_t::status_error;
   }
   if (S_ISDIR(st.st_mode)) return file_kind_t::directory;
   if (S_ISREG(st.st_mode)) return file_kind_t::regular;
@@ -269,17 +260,17 @@ file_kind_t status(const std::u16string& path, uint32_t& error) {
 
 uint32_t create_directory(const std::u16string& path) {
   const std::string host = host::host_path(path);
-  if (::mkdir(host.c_str(), 0777) != 0) return from_errno(errno, host);
+  if (::mkdir(host.c_str(), 0777) != 0) return host::error_from_errno(errno, host);
   return 0;
 }
 
 uint32_t remove(const std::u16string& path, bool is_directory) {
   const std::string host = host::host_path(path);
   if (is_directory) {
-    return ::rmdir(host.c_str()) == 0 ? 0 : from_errno(errno, host);
+    return ::rmdir(host.c_str()) == 0 ? 0 : host::error_from_errno(errno, host);
   }
   if (host::delete_withheld(host)) return kErrorSharingViolation;
-  return ::unlink(host.c_str()) == 0 ? 0 : from_errno(errno, host);
+  return ::unlink(host.c_str()) == 0 ? 0 : host::error_from_errno(errno, host);
 }
 
 uint32_t rename(const std::u16string& from, const std::u16string& to) {
@@ -292,7 +283,7 @@ uint32_t rename(const std::u16string& from, const std::u16string& to) {
     const int error = errno;
     // Which of the two names is missing decides between 2 and 3, as for an open.
     struct stat st;
-    return from_errno(error, ::lstat(host_from.c_str(), &st) == 0 ? host_to : host_from);
+    return host::error_from_errno(error, ::lstat(host_from.c_str(), &st) == 0 ? host_to : host_from);
   }
   return 0;
 }
@@ -317,7 +308,7 @@ uint32_t list_directory(const std::u16string& path, std::vector<dir_entry_t>& ou
   if (d == nullptr) {
     const int error = errno;
     return error == ENOENT ? kErrorPathNotFound
-                           : error == ENOTDIR ? kErrorDirectory : from_errno(error, host);
+                           : error == ENOTDIR ? kErrorDirectory : host::error_from_errno(error, host);
   }
   std::vector<dir_entry_t> entries;
   while (const dirent* entry = ::readdir(d)) {

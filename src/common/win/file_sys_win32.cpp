@@ -96,12 +96,10 @@ uint32_t find_first(const std::u16string& pattern) {
 
 bool path_file_exists(const std::u16string& path) { return ::PathFileExistsW(w(path)) != FALSE; }
 
-file_kind_t status(const std::u16string& path, uint32_t& error) {
-  error = 0;
+file_kind_t status(const std::u16string& path) {
   const DWORD attributes = ::GetFileAttributesW(w(path));
   if (attributes == INVALID_FILE_ATTRIBUTES) {
-    error = last_error_or(kErrorFileNotFound);
-    switch (error) {
+    switch (last_error_or(kErrorFileNotFound)) {
       // The errors that mean "nothing there" rather than "cannot tell".
       case ERROR_FILE_NOT_FOUND:
       case ERROR_PATH_NOT_FOUND:

@@ -66,8 +66,7 @@ bool dir_exists(const path_holder_t& path) { return file_exists(folder_of(path))
 bool remove_file(const path_holder_t& path) {
   path_guard_t guard(path, folder_of(path));
   const std::u16string& wide = path.wide();
-  uint32_t status_error = 0;
-  const sys::file_kind_t kind = sys::status(wide, status_error);
+  const sys::file_kind_t kind = sys::status(wide);
   if (kind == sys::file_kind_t::not_found) return false;
   const uint32_t error = sys::remove(wide, kind == sys::file_kind_t::directory);
   if (error == kErrorFileNotFound || error == kErrorPathNotFound) return false;
@@ -90,15 +89,13 @@ uint64_t file_size(const path_holder_t& path) { return win_file_t::open_read(pat
 void create_directories(const path_holder_t& path) {
   path_guard_t guard(path);
   for (const std::u16string& prefix : directory_prefixes(path.wide())) {
-    uint32_t status_error = 0;
-    const sys::file_kind_t kind = sys::status(prefix, status_error);
+    const sys::file_kind_t kind = sys::status(prefix);
     if (kind != sys::file_kind_t::status_error && kind != sys::file_kind_t::not_found) continue;
     const uint32_t error = sys::create_directory(prefix);
     if (error == 0) continue;
     if (error == kErrorAlreadyExists || error == kErrorFileExists) {
       // Another thread or process made it in between: that is as good.
-      uint32_t again = 0;
-      if (sys::status(prefix, again) == sys::file_kind_t::directory) continue;
+      if (sys::status(prefix) == sys::file_kind_t::directory) continue;
     }
     throw exc::win_sys_exc_t(kCreateDirFailed, util::to_utf8(prefix), error);
   }

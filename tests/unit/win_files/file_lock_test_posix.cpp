@@ -14,6 +14,7 @@
 #include <limits>
 
 #include "common/exc/exc_base.h"
+#include "common/win/errno_codes_posix.h"
 #include "common/win/file.h"
 #include "common/win/file_codes.h"
 #include "support/ofd_lock_posix.h"
