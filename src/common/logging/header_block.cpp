@@ -1,6 +1,5 @@
 #include "common/logging/header_block.h"
 
-#include "common/exc/exc_log.h"
 #include "common/logging/log_file_blank.h"
 
 namespace logging {
@@ -9,13 +8,7 @@ namespace {
 
 // A failed group is told on the blank format of the channel's own log.
 void report(const log_channel_t& channel, const std::exception& failure) noexcept {
-  try {
-    if (!channel.log()) return;
-    const char* what = failure.what();
-    channel.log()->write(kLevelError, 0, &blank_format(),
-                         std::string(what != nullptr ? what : "") + exc::thread_line(failure));
-  } catch (...) {
-  }
+  if (channel.log()) write_blank_error(*channel.log(), failure);
 }
 
 void write_module_group(const log_channel_t& channel, const header_source_t& source) {

@@ -20,8 +20,16 @@ void write_blank_error(const std::string& text) noexcept {
 
 void write_blank_error(const std::exception& failure) noexcept {
   try {
+    write_blank_error(*log_t::instance(), failure);
+  } catch (...) {
+  }
+}
+
+void write_blank_error(log_t& log, const std::exception& failure) noexcept {
+  try {
     const char* what = failure.what();
-    write_blank_error(std::string(what != nullptr ? what : "") + exc::thread_line(failure));
+    log.write(kLevelError, 0, &blank_format(),
+              std::string(what != nullptr ? what : "") + exc::thread_line(failure));
   } catch (...) {
   }
 }

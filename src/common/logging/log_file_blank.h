@@ -9,6 +9,8 @@
 
 namespace logging {
 
+class log_t;
+
 // The one blank format, alive until process exit.
 const format::line_format_t& blank_format();
 
@@ -16,5 +18,7 @@ const format::line_format_t& blank_format();
 void write_blank_error(const std::string& text) noexcept;
 // The failure's text and the line naming the thread where it arose, as one error.
 void write_blank_error(const std::exception& failure) noexcept;
+// The same into a given log rather than the process-wide one.
+void write_blank_error(log_t& log, const std::exception& failure) noexcept;
 
 }  // namespace logging

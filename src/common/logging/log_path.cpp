@@ -17,8 +17,6 @@ namespace {
 const char kEmptyList[] = "Log paths list is empty.";
 const char kAllLocked[] = "All log files are locked.";
 
-bool is_separator(char16_t c) { return c == u'/' || c == u'\\'; }
-
 }  // namespace
 
 bool log_dir_from_registry(std::u16string& dir) {
@@ -42,9 +40,7 @@ std::u16string default_log_dir() {
 }
 
 std::u16string join_log_dir(const std::u16string& dir, const std::u16string& name) {
-  if (dir.empty()) return name;
-  if (is_separator(dir.back())) return dir + name;
-  return dir + u"\\" + name;
+  return win::join_path(dir, name, u"\\");
 }
 
 std::u16string default_log_path(const std::u16string& name) {

@@ -37,8 +37,7 @@ zip_writer_t::~zip_writer_t() {
   const int result = ::gzclose(as_gz(gz_));
   if (result == Z_OK) return;
   try {
-    throw exc::runtime_exc_t("Error code: %1", std::to_string(result));
-  } catch (const exc::runtime_exc_t& failure) {
+    const exc::runtime_exc_t failure("Error code: %1", std::to_string(result));
     write_blank_error(util::fmt_t::format(kCloseFailed, path_));
     write_blank_error(failure.what());
   } catch (...) {

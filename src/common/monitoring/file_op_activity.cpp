@@ -1,17 +1,13 @@
 #include "common/monitoring/file_op_activity.h"
 
 #include "common/monitoring/clock.h"
-#include "common/synch/global_lock.h"
 #include "common/win/thread_id.h"
 
 namespace monitoring {
 
 file_op_activity_t& file_op_activity_t::instance() {
   // Never destroyed: the log writes its file during process exit too.
-  static file_op_activity_t* const activity = [] {
-    std::lock_guard<std::recursive_mutex> guard(synch::global_lock());
-    return new file_op_activity_t();
-  }();
+  static file_op_activity_t* const activity = new file_op_activity_t();
   return *activity;
 }
 

@@ -1,16 +1,9 @@
 #include "common/monitoring/file_trace_config.h"
 
-#include <mutex>
-
-#include "common/synch/global_lock.h"
-
 namespace monitoring {
 
 const file_trace_config_t& file_trace_config_t::instance() {
-  static const file_trace_config_t* const config = [] {
-    std::lock_guard<std::recursive_mutex> guard(synch::global_lock());
-    return new file_trace_config_t();
-  }();
+  static const file_trace_config_t* const config = new file_trace_config_t();
   return *config;
 }
 

@@ -1,6 +1,5 @@
 #include "common/monitoring/thread_aware_counter.h"
 
-#include "common/exc/exc_base.h"
 #include "common/synch/thread_context.h"
 #include "common/win/thread_id.h"
 
@@ -17,10 +16,7 @@ std::shared_ptr<CTimeRatioCounter> CThreadAwareCounter::get() {
   // first use, registers with the library context.
   auto counter = std::make_shared<CTimeRatioCounter>(synch::current_context()->resolve());
   std::lock_guard<std::mutex> guard(lock_);
-  counters_.emplace(thread, std::move(counter));
-  const auto it = counters_.find(thread);
-  if (it == counters_.end()) throw exc::runtime_exc_t("Cannot add counter in CThreadAwareCounter::Get");
-  return it->second;
+  return counters_.emplace(thread, std::move(counter)).first->second;
 }
 
 std::shared_ptr<CTimeRatioCounter> CThreadAwareCounter::find(uint32_t thread_id) const {

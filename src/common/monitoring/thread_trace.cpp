@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "common/synch/global_lock.h"
 #include "common/win/thread_id.h"
 
 namespace monitoring {
@@ -31,10 +30,7 @@ std::vector<std::string> thread_state_t::steps() const {
 
 CThreadStatesCollection& CThreadStatesCollection::instance() {
   // Never destroyed: steps are logged during process exit too.
-  static CThreadStatesCollection* const collection = [] {
-    std::lock_guard<std::recursive_mutex> guard(synch::global_lock());
-    return new CThreadStatesCollection();
-  }();
+  static CThreadStatesCollection* const collection = new CThreadStatesCollection();
   return *collection;
 }
 

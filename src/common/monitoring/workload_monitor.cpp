@@ -1,9 +1,5 @@
 #include "common/monitoring/workload_monitor.h"
 
-#include <mutex>
-
-#include "common/synch/global_lock.h"
-
 namespace workload {
 
 namespace {
@@ -18,10 +14,7 @@ workload_monitor_t::workload_monitor_t()
 
 workload_monitor_t& workload_monitor_t::instance() {
   // Never destroyed: reads and writes go on during process exit (the log's own file).
-  static workload_monitor_t* const monitor = [] {
-    std::lock_guard<std::recursive_mutex> guard(synch::global_lock());
-    return new workload_monitor_t();
-  }();
+  static workload_monitor_t* const monitor = new workload_monitor_t();
   return *monitor;
 }
 

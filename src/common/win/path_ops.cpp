@@ -1,8 +1,7 @@
 #include "common/win/path_ops.h"
 
 #include "common/exc/exc_base.h"
-#include "common/logging/line_format.h"
-#include "common/logging/log.h"
+#include "common/logging/log_file_blank.h"
 #include "common/text/convert.h"
 #include "common/text/fmt.h"
 #include "common/text/guid.h"
@@ -37,12 +36,6 @@ path_holder_t folder_of(const path_holder_t& path) {
   return path_holder_t(dir);
 }
 
-void log_blank_error(const std::string& text) {
-  static const auto* const blank =
-      new logging::format::line_format_t(logging::format::line_format_t::blank());
-  logging::log_t::instance()->write(logging::kLevelError, 0, blank, text);
-}
-
 }  // namespace
 
 bool file_exists(const path_holder_t& path) {
@@ -56,8 +49,8 @@ bool file_exists(const path_holder_t& path) {
     return sys::path_file_exists(search);
   }
   const exc::win_sys_exc_t failure(error);
-  log_blank_error(util::fmt_t::format(kExistsFailed, path.narrow_or_empty()));
-  log_blank_error(failure.what());
+  logging::write_blank_error(util::fmt_t::format(kExistsFailed, path.narrow_or_empty()));
+  logging::write_blank_error(failure.what());
   throw exc::win_sys_exc_t(kExistsFailed, path.narrow_or_empty(), error);
 }
 
