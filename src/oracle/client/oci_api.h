@@ -87,46 +87,8 @@ constexpr ub2 SQLT_CHR = 1;
 constexpr ub2 SQLT_INT = 3;
 constexpr ub2 SQLT_STR = 5;
 
-// The entry points as function-pointer types, in the order of the binding table.
-using OCIEnvCreate_fn = sword (*)(OCIEnv** envp, ub4 mode, void* ctxp,
-                                  void* (*malocfp)(void* ctxp, std::size_t size),
-                                  void* (*ralocfp)(void* ctxp, void* memptr, std::size_t newsize),
-                                  void (*mfreefp)(void* ctxp, void* memptr),
-                                  std::size_t xtramem_sz, void** usrmempp);
-using OCIErrorGet_fn = sword (*)(void* hndlp, ub4 recordno, OraText* sqlstate, sb4* errcodep,
-                                 OraText* bufp, ub4 bufsiz, ub4 type);
-using OCIHandleAlloc_fn = sword (*)(const void* parenth, void** hndlpp, const ub4 type,
-                                    const std::size_t xtramem_sz, void** usrmempp);
-using OCIHandleFree_fn = sword (*)(void* hndlp, const ub4 type);
-using OCIAttrSet_fn = sword (*)(void* trgthndlp, ub4 trghndltyp, void* attributep, ub4 size,
-                                ub4 attrtype, OCIError* errhp);
-using OCIServerAttach_fn = sword (*)(OCIServer* srvhp, OCIError* errhp, const OraText* dblink,
-                                     sb4 dblink_len, ub4 mode);
-using OCIServerDetach_fn = sword (*)(OCIServer* srvhp, OCIError* errhp, ub4 mode);
-using OCISessionBegin_fn = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp,
-                                     ub4 credt, ub4 mode);
-using OCISessionEnd_fn = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCISession* usrhp,
-                                   ub4 mode);
-using OCIStmtPrepare_fn = sword (*)(OCIStmt* stmtp, OCIError* errhp, const OraText* stmt,
-                                    ub4 stmt_len, ub4 language, ub4 mode);
-using OCIDefineByPos_fn = sword (*)(OCIStmt* stmtp, OCIDefine** defnp, OCIError* errhp,
-                                    ub4 position, void* valuep, sb4 value_sz, ub2 dty, void* indp,
-                                    ub2* rlenp, ub2* rcodep, ub4 mode);
-using OCIBindByName_fn = sword (*)(OCIStmt* stmtp, OCIBind** bindp, OCIError* errhp,
-                                   const OraText* placeholder, sb4 placeh_len, void* valuep,
-                                   sb4 value_sz, ub2 dty, void* indp, ub2* alenp, ub2* rcodep,
-                                   ub4 maxarr_len, ub4* curelep, ub4 mode);
-using OCIStmtExecute_fn = sword (*)(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errhp, ub4 iters,
-                                    ub4 rowoff, const OCISnapshot* snap_in, OCISnapshot* snap_out,
-                                    ub4 mode);
-using OCIStmtFetch2_fn = sword (*)(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation,
-                                   sb4 scrollOffset, ub4 mode);
-using OCIDBStartup_fn = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCIAdmin* admhp, ub4 mode,
-                                  ub4 flags);
-using OCIDBShutdown_fn = sword (*)(OCISvcCtx* svchp, OCIError* errhp, OCIAdmin* admhp, ub4 mode);
-
-// Plain declarations, for the simulated client that defines them. The library never calls
-// these names directly: a direct call would tie it to the client at load time.
+// The entry points as Oracle declares them; the simulated client defines them. The library
+// never calls these names directly: a direct call would tie it to the client at load time.
 extern "C" {
 sword OCIEnvCreate(OCIEnv** envp, ub4 mode, void* ctxp,
                    void* (*malocfp)(void* ctxp, std::size_t size),
@@ -160,3 +122,21 @@ sword OCIStmtFetch2(OCIStmt* stmtp, OCIError* errhp, ub4 nrows, ub2 orientation,
 sword OCIDBStartup(OCISvcCtx* svchp, OCIError* errhp, OCIAdmin* admhp, ub4 mode, ub4 flags);
 sword OCIDBShutdown(OCISvcCtx* svchp, OCIError* errhp, OCIAdmin* admhp, ub4 mode);
 }  // extern "C"
+
+// The same as function-pointer types, in the order of the binding table.
+using OCIEnvCreate_fn = decltype(&OCIEnvCreate);
+using OCIErrorGet_fn = decltype(&OCIErrorGet);
+using OCIHandleAlloc_fn = decltype(&OCIHandleAlloc);
+using OCIHandleFree_fn = decltype(&OCIHandleFree);
+using OCIAttrSet_fn = decltype(&OCIAttrSet);
+using OCIServerAttach_fn = decltype(&OCIServerAttach);
+using OCIServerDetach_fn = decltype(&OCIServerDetach);
+using OCISessionBegin_fn = decltype(&OCISessionBegin);
+using OCISessionEnd_fn = decltype(&OCISessionEnd);
+using OCIStmtPrepare_fn = decltype(&OCIStmtPrepare);
+using OCIDefineByPos_fn = decltype(&OCIDefineByPos);
+using OCIBindByName_fn = decltype(&OCIBindByName);
+using OCIStmtExecute_fn = decltype(&OCIStmtExecute);
+using OCIStmtFetch2_fn = decltype(&OCIStmtFetch2);
+using OCIDBStartup_fn = decltype(&OCIDBStartup);
+using OCIDBShutdown_fn = decltype(&OCIDBShutdown);

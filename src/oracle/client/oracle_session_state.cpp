@@ -15,7 +15,7 @@ namespace specific::oracle {
 namespace {
 
 bool begins_with(const std::u16string& text, const std::u16string& word) {
-  return text.find(word) == 0;
+  return text.compare(0, word.size(), word) == 0;
 }
 
 }  // namespace
@@ -29,8 +29,8 @@ bool COracleSession::is_instance_open(bool assumeOpen) {
   try {
     logging::log_step_t step(logging::oralib(), "Checking oracle instance state");
     const std::u16string status = make_query()->single_value("SELECT STATUS FROM V$INSTANCE", true);
-    // The second word can only agree with the first; both are asked, as the catalog has both.
-    const bool open = begins_with(status, u"OPEN") || begins_with(status, u"OPEN MIGRATE");
+    // "OPEN MIGRATE" (an upgrade in progress) counts as open too.
+    const bool open = begins_with(status, u"OPEN");
     logging::oralib().info("Oracle instance status: %1", util::to_multibyte_safe(status));
     step.ok();
     return open;

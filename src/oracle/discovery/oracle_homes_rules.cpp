@@ -11,10 +11,6 @@ constexpr char16_t kDatabaseServicePrefix[] = u"ORACLESERVICE";
 constexpr char16_t kAsmServicePrefix[] = u"ORACLEASMSERVICE";
 constexpr char16_t kServerBelowHome[] = u"BIN\\ORACLE.EXE";
 
-bool begins_with(const std::u16string& upper, const std::u16string& prefix) {
-  return upper.compare(0, prefix.size(), prefix) == 0;
-}
-
 }  // namespace
 
 std::u16string upper_case(const std::u16string& text) {
@@ -24,14 +20,13 @@ std::u16string upper_case(const std::u16string& text) {
 }
 
 bool is_home_key_name(const std::u16string& name) {
-  return begins_with(upper_case(name), kHomeKeyPrefix);
+  return util::equals_nocase_prefix(name, kHomeKeyPrefix);
 }
 
 EOracleServiceKind service_key_kind(const std::u16string& name) {
-  const std::u16string upper = upper_case(name);
   // Neither prefix begins the other ("ORACLEA..." against "ORACLES..."), so at most one holds.
-  if (begins_with(upper, kAsmServicePrefix)) return EOracleServiceKind::asm_instance;
-  if (begins_with(upper, kDatabaseServicePrefix)) return EOracleServiceKind::database;
+  if (util::equals_nocase_prefix(name, kAsmServicePrefix)) return EOracleServiceKind::asm_instance;
+  if (util::equals_nocase_prefix(name, kDatabaseServicePrefix)) return EOracleServiceKind::database;
   return EOracleServiceKind::none;
 }
 
@@ -58,7 +53,7 @@ std::u16string expected_server_path(const std::u16string& home) {
 }
 
 bool runs_from(const SOracleServiceRegInfo& service, const std::u16string& expectedServerPath) {
-  return upper_case(service.exePath) == expectedServerPath;
+  return util::equals_nocase(service.exePath, expectedServerPath);
 }
 
 }  // namespace specific::oracle::homes_rules
