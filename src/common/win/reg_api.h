@@ -2,8 +2,9 @@
 // Win32 status code (0 on success) and fills its out-parameters only as Win32 does. Windows
 // passes them straight to the system; the host build answers them from a read-only store
 // loaded from the .reg file named by DBSHADOWLINK_REGISTRY (see reg_store_posix.h).
-// Logic that needs exactly these calls and their codes (discovery lists subkeys with its own
-// failure texts) calls them here; everything else goes through win_reg_key_t (reg_key.h).
+// Logic that needs exactly these calls and their codes (discovery opens keys and reads its
+// values into fixed buffers) calls them here; everything else goes through win_reg_key_t
+// (reg_key.h).
 // A handle belongs to one thread at a time; different handles may be used in parallel.
 #pragma once
 #include <cstdint>

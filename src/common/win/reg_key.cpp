@@ -181,15 +181,21 @@ std::vector<std::u16string> win_reg_key_t::subkey_names(const std::string& info_
                                                         const std::string& enum_failure,
                                                         uint32_t name_capacity) const {
   require_open();
+  return subkey_names_of(handle_, info_failure, enum_failure, name_capacity);
+}
+
+std::vector<std::u16string> subkey_names_of(reg_handle_t key, const std::string& info_failure,
+                                            const std::string& enum_failure,
+                                            uint32_t name_capacity) {
   uint32_t count = 0;
-  uint32_t status = reg_api::query_subkey_count(handle_, count);
+  uint32_t status = reg_api::query_subkey_count(key, count);
   if (status != kErrorSuccess) throw exc::win_sys_exc_t(info_failure, status);
   std::vector<std::u16string> names;
   names.reserve(count);
   std::vector<char16_t> buffer(std::max<uint32_t>(name_capacity, 1), u'\0');
   for (uint32_t index = 0; index < count; ++index) {
     uint32_t length = name_capacity;
-    status = reg_api::enum_key(handle_, index, buffer.data(), length);
+    status = reg_api::enum_key(key, index, buffer.data(), length);
     if (status != kErrorSuccess) throw exc::win_sys_exc_t(enum_failure, status);
     names.emplace_back(buffer.data(), length);
   }

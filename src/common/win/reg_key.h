@@ -85,6 +85,11 @@ class win_reg_key_t {
 
 using win_reg_key_ptr_t = std::shared_ptr<win_reg_key_t>;
 
+// win_reg_key_t::subkey_names on a handle the caller keeps open and owns.
+std::vector<std::u16string> subkey_names_of(reg_handle_t key, const std::string& info_failure,
+                                            const std::string& enum_failure,
+                                            uint32_t name_capacity);
+
 // Opens `path` below `parent` (0: HKEY_LOCAL_MACHINE, the only root this library reads) with
 // `access`, by default KEY_READ | KEY_WOW64_64KEY. A key that does not exist (Win32 2 or 3) gives
 // an empty pointer and no exception; any other failure throws win_sys_exc_t "Failed to open

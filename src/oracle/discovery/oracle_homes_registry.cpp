@@ -61,18 +61,8 @@ class CMachineRoot : public COracleRegKey {
 std::unique_ptr<COracleRegKey> machine_registry_root() { return std::make_unique<CMachineRoot>(); }
 
 std::vector<std::u16string> list_oracle_subkeys(win::reg_handle_t key) {
-  uint32_t count = 0;
-  uint32_t status = win::reg_api::query_subkey_count(key, count);
-  if (status != win::kErrorSuccess) throw exc::win_sys_exc_t(kOracleKeyInfoFailure, status);
-  std::vector<std::u16string> names;
-  std::vector<char16_t> buffer(kOracleKeyNameCapacity, u'\0');
-  for (uint32_t index = 0; index < count; ++index) {
-    uint32_t length = kOracleKeyNameCapacity;
-    status = win::reg_api::enum_key(key, index, buffer.data(), length);
-    if (status != win::kErrorSuccess) throw exc::win_sys_exc_t(kOracleKeyEnumFailure, status);
-    names.emplace_back(buffer.data(), length);
-  }
-  return names;
+  return win::subkey_names_of(key, kOracleKeyInfoFailure, kOracleKeyEnumFailure,
+                              kOracleKeyNameCapacity);
 }
 
 std::u16string read_oracle_reg_string(win::reg_handle_t key, const std::u16string& name) {
