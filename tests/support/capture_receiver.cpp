@@ -65,4 +65,21 @@ capture_log_t::capture_log_t() : receiver_(std::make_shared<capture_receiver_t>(
 
 capture_log_t::~capture_log_t() { logging::log_t::instance()->set_file(previous_); }
 
+std::string plain_body(const std::string& body) {
+  std::string text = body;
+  const std::string prefix = "oralib| ";
+  if (text.rfind(prefix, 0) == 0) text = text.substr(prefix.size());
+  if (text.rfind("WARN|", 0) == 0 || text.rfind("ERR |", 0) == 0 || text.rfind(">>  |", 0) == 0) {
+    return text;
+  }
+  const size_t first = text.find_first_not_of(' ');
+  return first == std::string::npos ? std::string() : text.substr(first);
+}
+
+std::vector<std::string> plain_log(const capture_log_t& log) {
+  std::vector<std::string> result;
+  for (const auto& b : log.bodies()) result.push_back(plain_body(b));
+  return result;
+}
+
 }  // namespace dsl_test

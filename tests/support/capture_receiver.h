@@ -50,4 +50,10 @@ class capture_log_t {
 // does not start so.
 std::string strip_stamp_and_thread(const std::string& line);
 
+// A body of the "oralib" channel without its prefix and indent: "text", "WARN|text",
+// "ERR |text" or ">>  |text".
+std::string plain_body(const std::string& body);
+// plain_body of every line the log caught.
+std::vector<std::string> plain_log(const capture_log_t& log);
+
 }  // namespace dsl_test

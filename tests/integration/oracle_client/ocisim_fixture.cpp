@@ -17,17 +17,6 @@ namespace {
 
 std::atomic<int> g_folder_count{0};
 
-std::string strip_body(const std::string& body) {
-  std::string text = body;
-  const std::string prefix = "oralib| ";
-  if (text.rfind(prefix, 0) == 0) text = text.substr(prefix.size());
-  if (text.rfind("WARN|", 0) == 0 || text.rfind("ERR |", 0) == 0 || text.rfind(">>  |", 0) == 0) {
-    return text;
-  }
-  const size_t first = text.find_first_not_of(' ');
-  return first == std::string::npos ? std::string() : text.substr(first);
-}
-
 }  // namespace
 
 void ocisim_test_t::set_env(const std::string& name, const std::string& value) {
@@ -113,11 +102,7 @@ std::string ocisim_test_t::journal_text() const {
   return text;
 }
 
-std::vector<std::string> ocisim_test_t::log_lines() const {
-  std::vector<std::string> result;
-  for (const auto& b : log_->bodies()) result.push_back(strip_body(b));
-  return result;
-}
+std::vector<std::string> ocisim_test_t::log_lines() const { return dsl_test::plain_log(*log_); }
 
 std::string machine_with(const std::string& instances) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <initializer_list>
 
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 

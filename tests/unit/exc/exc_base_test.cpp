@@ -14,7 +14,7 @@
 #include "common/exc/sys_text.h"
 #include "common/win/thread_id.h"
 #include "support/capture_receiver.h"
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <typeinfo>
 
 #include "common/win/thread_id.h"
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 

@@ -13,25 +13,6 @@
 
 namespace dsl_test {
 
-// A body of the "oralib" channel without its prefix and indent: "text", "WARN|text",
-// "ERR |text" or ">>  |text".
-inline std::string plain_body(const std::string& body) {
-  std::string text = body;
-  const std::string prefix = "oralib| ";
-  if (text.rfind(prefix, 0) == 0) text = text.substr(prefix.size());
-  if (text.rfind("WARN|", 0) == 0 || text.rfind("ERR |", 0) == 0 || text.rfind(">>  |", 0) == 0) {
-    return text;
-  }
-  const size_t first = text.find_first_not_of(' ');
-  return first == std::string::npos ? std::string() : text.substr(first);
-}
-
-inline std::vector<std::string> plain_log(const capture_log_t& log) {
-  std::vector<std::string> result;
-  for (const auto& b : log.bodies()) result.push_back(plain_body(b));
-  return result;
-}
-
 inline bool has_line(const std::vector<std::string>& lines, const std::string& line) {
   return std::find(lines.begin(), lines.end(), line) != lines.end();
 }

@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "common/exc/exc_base.h"
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 

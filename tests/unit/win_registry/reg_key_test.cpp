@@ -12,7 +12,7 @@
 #include "common/win/reg_api.h"
 #include "common/win/reg_key.h"
 #include "support/reg_machine.h"
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "common/win/reg_key.h"
 #include "common/win/reg_store_posix.h"
 #include "support/reg_machine.h"
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "common/win/svc_api.h"
 #include "common/win/svc_manager.h"
 #include "svc_machine.h"
-#include "unit/exc/thrown.h"
+#include "support/thrown.h"
 
 namespace {
 
