@@ -1,7 +1,5 @@
 #include "call.h"
 
-#include <cstdio>
-
 namespace ocisim {
 
 void set_error(error_record_t* record, const ora_error_t& error) {
@@ -18,12 +16,6 @@ void clear_error(error_record_t* record) {
   record->set = false;
   record->code = 0;
   record->message.clear();
-}
-
-std::string error_code_text(int code) {
-  char buffer[16];
-  std::snprintf(buffer, sizeof buffer, "ORA-%05d", code);
-  return buffer;
 }
 
 call_t& call_t::arg(const std::string& name, const std::string& value) {

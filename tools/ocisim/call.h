@@ -58,7 +58,4 @@ class call_t {
   error_record_t* record_ = nullptr;
 };
 
-// The code part of an error's first line, "ORA-01034".
-std::string error_code_text(int code);
-
 }  // namespace ocisim

@@ -138,13 +138,13 @@ std::string fill(const char* pattern, const std::vector<std::string>& args) {
   return text;
 }
 
-std::string code_text(int code) {
+}  // namespace
+
+std::string error_code_text(int code) {
   char buffer[16];
   std::snprintf(buffer, sizeof buffer, "ORA-%05d", code);
   return buffer;
 }
-
-}  // namespace
 
 std::string ora_template(int code) {
   const auto found = catalog().find(code);
@@ -154,10 +154,10 @@ std::string ora_template(int code) {
 std::string ora_line_text(const ora_line_t& line) {
   const auto found = catalog().find(line.code);
   if (found == catalog().end()) {
-    return code_text(line.code) + ": Message " + std::to_string(line.code) +
+    return error_code_text(line.code) + ": Message " + std::to_string(line.code) +
            " not found;  product=RDBMS; facility=ORA\n";
   }
-  return code_text(line.code) + ": " + fill(found->second, line.args) + "\n";
+  return error_code_text(line.code) + ": " + fill(found->second, line.args) + "\n";
 }
 
 ora_error_t::ora_error_t(std::initializer_list<ora_line_t> lines)

@@ -39,6 +39,9 @@ ora_error_t ora(int code, std::vector<std::string> args = {});
 // the catalog lacks reads as Oracle prints an unknown message number.
 std::string ora_line_text(const ora_line_t& line);
 
+// The code part of an error's first line, "ORA-01034".
+std::string error_code_text(int code);
+
 // The message of a code as the catalog has it, with its %s places unfilled; empty if unknown.
 std::string ora_template(int code);
 

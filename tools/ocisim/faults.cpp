@@ -73,9 +73,8 @@ fault_t take_fault(const std::string& sid, const std::string& home, const std::s
       if (message.empty()) {
         result.error = std::make_shared<ora_error_t>(ora(code));
       } else {
-        char prefix[16];
-        std::snprintf(prefix, sizeof prefix, "ORA-%05d: ", code);
-        result.error = std::make_shared<ora_error_t>(code, prefix + message);
+        result.error =
+            std::make_shared<ora_error_t>(code, error_code_text(code) + ": " + message);
       }
     }
     if (fault->has("after_rows")) {

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "files.h"
+#include "machine.h"
 #include "platform.h"
 #include "server_state.h"
 #include "statement_kinds.h"
@@ -23,9 +24,7 @@ std::int64_t number_of(const node_t& node, const char* attribute, std::int64_t f
 
 std::string parameter(const node_t& instance, const std::string& name) {
   for (const node_t* p : instance.all("parameter")) {
-    std::string n = p->get("name");
-    for (char& c : n) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    if (n == name) return p->get("value");
+    if (lower(p->get("name")) == name) return p->get("value");
   }
   return std::string();
 }

@@ -1,6 +1,7 @@
 // Attach and logon of the simulated server: which instance a local connection reaches, and
 // who may log on to it (operating-system authentication, SYSDBA, ordinary accounts).
 #include "faults.h"
+#include "machine.h"
 #include "oracle/client/oci_api.h"
 #include "server.h"
 #include "server_state.h"
@@ -9,13 +10,6 @@
 namespace ocisim {
 
 namespace {
-
-std::string lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
 
 const node_t* find_account(const node_t& instance, const std::string& user) {
   for (const node_t* account : instance.all("account")) {

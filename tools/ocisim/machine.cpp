@@ -38,6 +38,13 @@ std::string upper(std::string text) {
   return text;
 }
 
+std::string lower(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
 bool instance_matches(const node_t& instance, const std::string& sid, const std::string& home) {
   if (sid.empty() || upper(instance.get("sid")) != upper(sid)) return false;
   return home.empty() || normal_home(instance.get("home")) == normal_home(home);

@@ -51,5 +51,7 @@ bool instance_matches(const node_t& instance, const std::string& sid, const std:
 
 // Upper-cases ASCII letters.
 std::string upper(std::string text);
+// Lower-cases ASCII letters.
+std::string lower(std::string text);
 
 }  // namespace ocisim

@@ -78,13 +78,6 @@ records_t children(const node_t& instance, const char* name) {
   return result;
 }
 
-std::string lower(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 std::string default_banner(const node_t& instance) {
   const std::string version = instance.get("version", "19.0.0.0.0");
   const int major = major_version(instance);
