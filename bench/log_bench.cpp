@@ -22,6 +22,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_util.h"
 #include "common/logging/log.h"
 #include "common/logging/log_channel.h"
 #include "common/logging/log_file.h"
@@ -49,37 +50,23 @@ double best(const std::vector<double>& values) {
   return *std::min_element(values.begin(), values.end());
 }
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  const size_t n = values.size();
-  return n % 2 == 1 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
-}
+using bench::median;
 
-[[noreturn]] void fail(const std::string& text) {
-  std::fprintf(stderr, "log_bench: %s\n", text.c_str());
-  std::exit(1);
-}
+[[noreturn]] void fail(const std::string& text) { bench::fail("log_bench", text); }
 
 // A folder of its own in /tmp that stands for drive C.
 class bench_root_t {
  public:
   bench_root_t() {
-    char pattern[] = "/tmp/dsl-log-bench-XXXXXX";
-    if (::mkdtemp(pattern) == nullptr) fail("mkdtemp failed");
-    root_ = pattern;
-    ::setenv("DBSHADOWLINK_ROOT", root_.c_str(), 1);
-    fs::create_directories(fs::path(root_) / "c" / "bench");
-  }
-  ~bench_root_t() {
-    std::error_code ignored;
-    fs::remove_all(root_, ignored);
+    ::setenv("DBSHADOWLINK_ROOT", folder_.path().c_str(), 1);
+    fs::create_directories(fs::path(folder_.path()) / "c" / "bench");
   }
   // The host path of a file in "C:\bench\".
-  std::string host(const std::string& name) const { return root_ + "/c/bench/" + name; }
+  std::string host(const std::string& name) const { return folder_.path() + "/c/bench/" + name; }
   static std::string windows(const std::string& name) { return "C:\\bench\\" + name; }
 
  private:
-  std::string root_;
+  bench::scratch_folder_t folder_{"log_bench", "dsl-log-bench-"};
 };
 
 // Runs a command, its standard output into `output` when one is named; answers its wall time.
@@ -301,7 +288,7 @@ bool bench_lines(const bench_root_t& root) {
   for (double c : costs) total += c;
   std::vector<double> sorted = costs;
   std::sort(sorted.begin(), sorted.end());
-  const double med = median(costs);
+  const double med = median(sorted);
   std::printf("log line: %d lines to a file, rotation on\n", kLines);
   std::printf("  median %.3f us, mean %.3f us, p99 %.3f us, max %.0f us\n", med,
               total / kLines, sorted[static_cast<size_t>(kLines * 0.99)], sorted.back());

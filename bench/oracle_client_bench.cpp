@@ -23,6 +23,7 @@
 
 #include <cstring>
 
+#include "bench_util.h"
 #include "frame/oracle_config.h"
 #include "oracle/client/ora_interface.h"
 #include "oracle/client/oracle_query.h"
@@ -47,16 +48,9 @@ double ms_since(bench_clock::time_point start) {
   return std::chrono::duration<double, std::milli>(bench_clock::now() - start).count();
 }
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  const size_t n = values.size();
-  return n % 2 == 1 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
-}
+using bench::median;
 
-[[noreturn]] void fail(const std::string& text) {
-  std::fprintf(stderr, "oracle_client_bench: %s\n", text.c_str());
-  std::exit(1);
-}
+[[noreturn]] void fail(const std::string& text) { bench::fail("oracle_client_bench", text); }
 
 std::string own_folder() {
   char buffer[PATH_MAX];
@@ -83,24 +77,15 @@ std::string scenario(int archivedLogs) {
 
 class bench_folder_t {
  public:
-  bench_folder_t() {
-    char pattern[] = "/tmp/dsl-oci-bench-XXXXXX";
-    if (::mkdtemp(pattern) == nullptr) fail("mkdtemp failed");
-    root_ = pattern;
-  }
-  ~bench_folder_t() {
-    std::error_code ignored;
-    fs::remove_all(root_, ignored);
-  }
   // Writes a scenario and points the client at it (a state file of its own beside it).
   void use(const std::string& name, const std::string& xml) {
-    const std::string path = root_ + "/" + name;
+    const std::string path = folder_.path() + "/" + name;
     std::ofstream(path, std::ios::binary) << xml;
     ::setenv("OCISIM_SCENARIO", path.c_str(), 1);
   }
 
  private:
-  std::string root_;
+  bench::scratch_folder_t folder_{"oracle_client_bench", "dsl-oci-bench-"};
 };
 
 // The in-process client: every call succeeds, and a statement's fetches hand out kRows rows of
