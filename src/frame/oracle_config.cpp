@@ -5,6 +5,7 @@
 #include "common/exc/exc_base.h"
 #include "common/exc/exc_log.h"
 #include "common/logging/log_channel.h"
+#include "common/product.h"
 #include "common/text/convert.h"
 #include "common/text/numbers.h"
 #include "common/win/path.h"
@@ -14,9 +15,6 @@
 namespace specific::oracle {
 
 namespace {
-
-// The key the agent and the common library keep their settings in.
-const char16_t kConfigKey[] = u"SOFTWARE\\Trelo\\Trelo Safekeep";
 
 std::unique_ptr<COracleConfig>& record() {
   static std::unique_ptr<COracleConfig> config;
@@ -63,7 +61,7 @@ void COracleConfig::load_defaults() {
                            "Cannot get the path to the system directory containing application "
                            "data for all users");
     }
-    std::u16string path = win::join_path_windows(folder, u"Trelo\\Backup");
+    std::u16string path = win::join_path_windows(folder, product::kDataFolder);
     path = win::join_path_windows(path, u"OracleLogBackup");
     if (!path.empty() && path.back() != u'\\' && path.back() != u'/') path += u'\\';
     tempLogPath = path;
@@ -75,7 +73,7 @@ void COracleConfig::load_defaults() {
 
 void COracleConfig::load_registry() {
   try {
-    const auto key = win::open_subkey(/*parent=*/0, kConfigKey, win::kKeyRead);
+    const auto key = win::open_subkey(/*parent=*/0, product::kSettingsKey, win::kKeyRead);
     if (!key) return;  // no key: the defaults stand, and nothing is said
     connectionTimeoutSec = read_or_keep(*key, "OracleConnectionTimeout", connectionTimeoutSec);
     restoreWaitInSec = read_or_keep(*key, "OracleRestoreWaitInSec", restoreWaitInSec);

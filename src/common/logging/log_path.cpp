@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "common/exc/exc_base.h"
+#include "common/product.h"
 #include "common/logging/log_file.h"
 #include "common/text/compare.h"
 #include "common/text/convert.h"
@@ -22,7 +23,7 @@ const char kAllLocked[] = "All log files are locked.";
 bool log_dir_from_registry(std::u16string& dir) {
   try {
     const win::win_reg_key_ptr_t key =
-        win::open_subkey(/*parent=*/0, kLogSettingsKey, win::kKeyRead64);
+        win::open_subkey(/*parent=*/0, product::kSettingsKey, win::kKeyRead64);
     if (!key) return false;
     std::u16string value;
     if (!key->query_string(util::from_utf8(kLogDirectoryValue), value)) return false;
@@ -36,7 +37,7 @@ bool log_dir_from_registry(std::u16string& dir) {
 std::u16string default_log_dir() {
   std::u16string common;
   if (win::common_appdata_folder(common) != 0) return std::u16string();
-  return common + kStandardLogSubfolder;
+  return common + u"\\" + product::kDataFolder + u"\\";
 }
 
 std::u16string join_log_dir(const std::u16string& dir, const std::u16string& name) {

@@ -11,11 +11,8 @@
 
 namespace logging {
 
-// The settings key of the product and its value naming the log directory.
-constexpr char16_t kLogSettingsKey[] = u"SOFTWARE\\Trelo\\Trelo Safekeep";
+// The value of the product's settings key that names the log directory.
 constexpr char kLogDirectoryValue[] = "LogDirectory";
-// Below the machine's common application data folder.
-constexpr char16_t kStandardLogSubfolder[] = u"\\Trelo\\Backup\\";
 // How many names open_log tries: the path itself and the numbers 1 to 999.
 constexpr int kLogNameAttempts = 1000;
 

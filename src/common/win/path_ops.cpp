@@ -2,6 +2,7 @@
 
 #include "common/exc/exc_base.h"
 #include "common/logging/log_file_blank.h"
+#include "common/product.h"
 #include "common/text/convert.h"
 #include "common/text/fmt.h"
 #include "common/text/guid.h"
@@ -22,7 +23,6 @@ const char kCreateDirFailed[] = "Failed to create directory [%1].";
 const char kListFailed[] = "Failed to list directory [%1].";
 const char kTempPathFailed[] =
     "Failed to retrieve the path of the directory designated for temporary files.";
-const char16_t kLibraryTempFolder[] = u"Trelo\\Backup\\Tmp\\";
 
 // The folder part of `path`, in the form the caller gave.
 path_holder_t folder_of(const path_holder_t& path) {
@@ -119,7 +119,8 @@ int32_t common_appdata_folder(std::u16string& folder) {
 std::u16string library_temp_folder() {
   std::u16string common;
   if (common_appdata_folder(common) != 0) return temp_path();
-  const std::u16string folder = join_path_windows(common, kLibraryTempFolder);
+  const std::u16string folder =
+      join_path_windows(common, std::u16string(product::kDataFolder) + u"\\Tmp\\");
   if (!file_exists(folder)) create_directories(folder);
   return folder;
 }

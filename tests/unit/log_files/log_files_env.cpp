@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "common/logging/log_path.h"
+#include "common/product.h"
 #include "common/text/convert.h"
 
 namespace dsl_test {
@@ -54,7 +55,7 @@ machine_settings_t::~machine_settings_t() {
 
 machine_settings_t::key_t log_directory_key(const std::string& dir) {
   machine_settings_t::key_t key;
-  key.path = util::to_utf8(logging::kLogSettingsKey);
+  key.path = util::to_utf8(product::kSettingsKey);
   reg_value_t value;
   value.name = logging::kLogDirectoryValue;
   value.text = dir;
