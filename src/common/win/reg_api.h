@@ -43,6 +43,20 @@ constexpr uint32_t kErrorNoMoreItems = 259;
 // The longest key name the registry allows, in UTF-16 units without terminator.
 constexpr uint32_t kMaxKeyNameLength = 255;
 
+// Registry data is little-endian on every platform Windows runs on: a DWORD from its four
+// bytes, and `units` UTF-16 characters from twice as many bytes.
+inline uint32_t le_dword(const uint8_t* bytes) {
+  return static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
+         static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
+}
+inline std::u16string utf16le_text(const uint8_t* bytes, size_t units) {
+  std::u16string text(units, u'\0');
+  for (size_t i = 0; i < units; ++i) {
+    text[i] = static_cast<char16_t>(bytes[2 * i] | (bytes[2 * i + 1] << 8));
+  }
+  return text;
+}
+
 namespace reg_api {
 
 // RegOpenKeyExW(parent, path, /*options=*/0, access, &out). A parent of 0 stands for

@@ -121,18 +121,8 @@ uint32_t open_key(reg_handle_t parent, const std::u16string& path, uint32_t acce
   // A path may not begin with a backslash; empty names between backslashes, and a trailing
   // backslash, are passed over, as the system does.
   if (!path.empty() && path[0] == u'\\') return kErrorBadPathname;
-  size_t start = 0;
-  while (start < path.size()) {
-    size_t end = path.find(u'\\', start);
-    if (end == std::u16string::npos) end = path.size();
-    if (end == start) {
-      start = end + 1;
-      continue;
-    }
-    key = key->find_subkey(path.substr(start, end - start));
-    if (key == nullptr) return kErrorFileNotFound;
-    start = end + 1;
-  }
+  key = key->find_path(path);
+  if (key == nullptr) return kErrorFileNotFound;
   if ((access & ~kGrantable) != 0) return kErrorAccessDenied;
   auto record = std::make_unique<open_key_t>();
   record->tree = std::move(tree);
@@ -173,10 +163,7 @@ uint32_t query_value_a(reg_handle_t key, const std::string& name, uint32_t* type
     return copy_out(value->data.data(), value->data.size(), data, size);
   }
   // A trailing odd byte is not part of any character and does not survive the conversion.
-  std::u16string wide(value->data.size() / 2, u'\0');
-  for (size_t i = 0; i < wide.size(); ++i) {
-    wide[i] = static_cast<char16_t>(value->data[2 * i] | (value->data[2 * i + 1] << 8));
-  }
+  const std::u16string wide = utf16le_text(value->data.data(), value->data.size() / 2);
   const std::string narrow = narrow_keeping_nuls(wide);
   return copy_out(reinterpret_cast<const uint8_t*>(narrow.data()), narrow.size(), data, size);
 }

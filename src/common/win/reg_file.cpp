@@ -83,10 +83,8 @@ const value_t* key_t::find_value(const std::u16string& name) const {
   return nullptr;
 }
 
-const key_t* tree_t::find(root_t root, const std::u16string& path) const {
-  const auto it = roots.find(root);
-  if (it == roots.end()) return nullptr;
-  const key_t* key = &it->second;
+const key_t* key_t::find_path(const std::u16string& path) const {
+  const key_t* key = this;
   size_t start = 0;
   while (key != nullptr && start < path.size()) {
     size_t end = path.find(u'\\', start);
@@ -95,6 +93,11 @@ const key_t* tree_t::find(root_t root, const std::u16string& path) const {
     start = end + 1;
   }
   return key;
+}
+
+const key_t* tree_t::find(root_t root, const std::u16string& path) const {
+  const auto it = roots.find(root);
+  return it == roots.end() ? nullptr : it->second.find_path(path);
 }
 
 namespace {

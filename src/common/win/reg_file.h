@@ -37,6 +37,9 @@ struct key_t {
   std::vector<value_t> values;  // in the order first written
 
   const key_t* find_subkey(const std::u16string& name) const;
+  // The key at `path` below this one, one name per "\"-separated part; empty parts (doubled
+  // or trailing backslashes) are passed over. Null when a part is missing.
+  const key_t* find_path(const std::u16string& path) const;
   const value_t* find_value(const std::u16string& name) const;
 };
 

@@ -84,12 +84,8 @@ bool win_reg_key_t::query_string(const std::u16string& name, std::u16string& tex
       require_text_type(type);
       // A trailing odd byte is half a character and is left out.
       const size_t units = std::min(received, size) / sizeof(char16_t);
-      std::u16string result;
-      for (size_t i = 0; i < units; ++i) {
-        const auto c = static_cast<char16_t>(buffer[2 * i] | (buffer[2 * i + 1] << 8));
-        if (c == u'\0') break;
-        result.push_back(c);
-      }
+      std::u16string result = utf16le_text(buffer.data(), units);
+      result.resize(std::min(result.find(u'\0'), result.size()));  // up to the first NUL
       text = std::move(result);
       return true;
     }
@@ -139,8 +135,7 @@ bool win_reg_key_t::read_dword(const std::string& name, uint32_t& number,
       throw exc::runtime_exc_t(kUnexpectedType, std::to_string(type));
     }
     if (status != kErrorSuccess) throw exc::win_sys_exc_t(status);
-    number = static_cast<uint32_t>(bytes[0]) | static_cast<uint32_t>(bytes[1]) << 8 |
-             static_cast<uint32_t>(bytes[2]) << 16 | static_cast<uint32_t>(bytes[3]) << 24;
+    number = le_dword(bytes);
     return true;
   } catch (const std::exception& e) {
     rethrow_for_value(name, e);

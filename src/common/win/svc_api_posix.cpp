@@ -78,8 +78,7 @@ uint32_t query_state(svc_handle_t service, uint32_t& state) {
   }
   // A state that is not a four-byte DWORD is a fault of the store file, not a state.
   if (value->type != kRegDword || value->data.size() != 4) return kErrorInvalidData;
-  state = static_cast<uint32_t>(value->data[0]) | static_cast<uint32_t>(value->data[1]) << 8 |
-          static_cast<uint32_t>(value->data[2]) << 16 | static_cast<uint32_t>(value->data[3]) << 24;
+  state = le_dword(value->data.data());
   return 0;
 }
 
