@@ -99,4 +99,35 @@ std::string console_capture_t::take() {
                                     : testing::internal::GetCapturedStderr();
 }
 
+std::string read_gz(const std::u16string& path) {
+  gzFile gz = open_gz(path, "rb");
+  if (gz == nullptr) {
+    ADD_FAILURE() << "cannot open " << util::to_utf8(path);
+    return std::string();
+  }
+  std::string out;
+  char buffer[65536];
+  for (;;) {
+    const int got = ::gzread(gz, buffer, sizeof buffer);
+    if (got < 0) {
+      ADD_FAILURE() << "cannot read " << util::to_utf8(path);
+      break;
+    }
+    if (got == 0) break;
+    out.append(buffer, static_cast<size_t>(got));
+  }
+  ::gzclose(gz);
+  return out;
+}
+
+void write_gz(const std::u16string& path, const std::string& bytes) {
+  gzFile gz = open_gz(path, "wb");
+  ASSERT_NE(gz, nullptr) << util::to_utf8(path);
+  if (!bytes.empty()) {
+    ASSERT_EQ(::gzwrite(gz, bytes.data(), static_cast<unsigned>(bytes.size())),
+              static_cast<int>(bytes.size()));
+  }
+  ASSERT_EQ(::gzclose(gz), Z_OK);
+}
+
 }  // namespace dsl_test

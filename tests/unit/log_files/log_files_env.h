@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <zlib.h>
+
 #include "support/test_folder.h"
 #include "support/reg_machine.h"
 
@@ -39,6 +41,8 @@ class machine_settings_t {
 // The settings key of the log directory with LogDirectory set to `dir` (UTF-8).
 machine_settings_t::key_t log_directory_key(const std::string& dir);
 
+// zlib's gzopen of a Windows path, as this platform takes it.
+gzFile open_gz(const std::u16string& path, const char* mode);
 // The whole decompressed content of the gzip file at `path` (a Windows path), read with
 // gzopen/gzread; fails the test when it cannot be read.
 std::string read_gz(const std::u16string& path);

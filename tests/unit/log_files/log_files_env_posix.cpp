@@ -9,42 +9,12 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
-
 #include "common/win/path_map_posix.h"
 
 namespace dsl_test {
 
-std::string read_gz(const std::u16string& path) {
-  const std::string host = win::host::host_path(path);
-  gzFile gz = ::gzopen(host.c_str(), "rb");
-  if (gz == nullptr) {
-    ADD_FAILURE() << "cannot open " << host;
-    return std::string();
-  }
-  std::string out;
-  char buffer[65536];
-  for (;;) {
-    const int got = ::gzread(gz, buffer, sizeof buffer);
-    if (got < 0) {
-      ADD_FAILURE() << "cannot read " << host;
-      break;
-    }
-    if (got == 0) break;
-    out.append(buffer, static_cast<size_t>(got));
-  }
-  ::gzclose(gz);
-  return out;
-}
-
-void write_gz(const std::u16string& path, const std::string& bytes) {
-  const std::string host = win::host::host_path(path);
-  gzFile gz = ::gzopen(host.c_str(), "wb");
-  ASSERT_NE(gz, nullptr) << host;
-  if (!bytes.empty()) {
-    ASSERT_EQ(::gzwrite(gz, bytes.data(), static_cast<unsigned>(bytes.size())),
-              static_cast<int>(bytes.size()));
-  }
-  ASSERT_EQ(::gzclose(gz), Z_OK);
+gzFile open_gz(const std::u16string& path, const char* mode) {
+  return ::gzopen(win::host::host_path(path).c_str(), mode);
 }
 
 // The standard folder lies below the test's own DBSHADOWLINK_ROOT here, which the test folder

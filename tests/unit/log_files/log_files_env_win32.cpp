@@ -11,7 +11,6 @@
 #include <thread>
 #include <io.h>
 
-
 namespace dsl_test {
 
 namespace {
@@ -22,36 +21,7 @@ const wchar_t* w(const std::u16string& text) {
 
 }  // namespace
 
-std::string read_gz(const std::u16string& path) {
-  gzFile gz = ::gzopen_w(w(path), "rb");
-  if (gz == nullptr) {
-    ADD_FAILURE() << "cannot open an archive";
-    return std::string();
-  }
-  std::string out;
-  char buffer[65536];
-  for (;;) {
-    const int got = ::gzread(gz, buffer, sizeof buffer);
-    if (got < 0) {
-      ADD_FAILURE() << "cannot read an archive";
-      break;
-    }
-    if (got == 0) break;
-    out.append(buffer, static_cast<size_t>(got));
-  }
-  ::gzclose(gz);
-  return out;
-}
-
-void write_gz(const std::u16string& path, const std::string& bytes) {
-  gzFile gz = ::gzopen_w(w(path), "wb");
-  ASSERT_NE(gz, nullptr);
-  if (!bytes.empty()) {
-    ASSERT_EQ(::gzwrite(gz, bytes.data(), static_cast<unsigned>(bytes.size())),
-              static_cast<int>(bytes.size()));
-  }
-  ASSERT_EQ(::gzclose(gz), Z_OK);
-}
+gzFile open_gz(const std::u16string& path, const char* mode) { return ::gzopen_w(w(path), mode); }
 
 standard_folder_file_t::~standard_folder_file_t() { ::DeleteFileW(w(path_)); }
 
