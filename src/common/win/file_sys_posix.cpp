@@ -283,7 +283,8 @@ uint32_t rename(const std::u16string& from, const std::u16string& to) {
     const int error = errno;
     // Which of the two names is missing decides between 2 and 3, as for an open.
     struct stat st;
-    return host::error_from_errno(error, ::lstat(host_from.c_str(), &st) == 0 ? host_to : host_from);
+    const bool source_there = ::lstat(host_from.c_str(), &st) == 0;
+    return host::error_from_errno(error, source_there ? host_to : host_from);
   }
   return 0;
 }
@@ -307,8 +308,8 @@ uint32_t list_directory(const std::u16string& path, std::vector<dir_entry_t>& ou
   DIR* d = ::opendir(host.c_str());
   if (d == nullptr) {
     const int error = errno;
-    return error == ENOENT ? kErrorPathNotFound
-                           : error == ENOTDIR ? kErrorDirectory : host::error_from_errno(error, host);
+    if (error == ENOENT) return kErrorPathNotFound;
+    return error == ENOTDIR ? kErrorDirectory : host::error_from_errno(error, host);
   }
   std::vector<dir_entry_t> entries;
   while (const dirent* entry = ::readdir(d)) {
