@@ -24,7 +24,7 @@
 #include <cstring>
 
 #include "bench_util.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "oracle/client/ora_interface.h"
 #include "oracle/client/oracle_query.h"
 #include "oracle/client/oracle_session.h"

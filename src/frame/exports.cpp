@@ -11,7 +11,7 @@
 #include "common/text/convert.h"
 #include "frame/error_frame.h"
 #include "frame/library_state.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "frame/oracle_manager.h"
 
 using specific::oracle::COracleManager;

@@ -6,7 +6,7 @@
 #include "common/logging/log_step.h"
 #include "common/text/convert.h"
 #include "frame/console_pause.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "oracle/client/oracle_query.h"
 #include "oracle/client/oracle_session.h"
 #include "oracle/client/session_holder.h"

@@ -7,7 +7,7 @@
 #include "common/logging/log_channel.h"
 #include "common/logging/log_step.h"
 #include "common/text/convert.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "oracle/client/oracle_exc.h"
 #include "oracle/client/oracle_query.h"
 #include "oracle/client/oracle_session.h"

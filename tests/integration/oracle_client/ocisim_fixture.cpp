@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "ocisim_platform.h"
 #include "oracle/client/env_variable.h"
 #include "oracle/client/oci_loader.h"

@@ -1,6 +1,6 @@
 // The agent's settings from the registry: defaults, every value read, values of the wrong
 // kind, and what the log says.
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // every open fail, which is the unreadable key of a Windows machine.
 #include <gtest/gtest.h>
 
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "support/capture_receiver.h"
 #include "support/reg_machine.h"
 

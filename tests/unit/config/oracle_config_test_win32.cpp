@@ -1,7 +1,7 @@
 // A key this process may not read gives the warning, and the defaults stand.
 #include <gtest/gtest.h>
 
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "support/capture_receiver.h"
 #include "support/reg_machine.h"
 

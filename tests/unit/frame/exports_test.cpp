@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "DbShadowLink.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "support/capture_receiver.h"
 #include "support/wide.h"
 

@@ -11,7 +11,7 @@
 #include "client_platform.h"
 #include "client_test_support.h"
 #include "common/win/thread_id.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "oracle/client/env_variable.h"
 #include "oracle/client/oci_loader.h"
 #include "oracle/client/oracle_exc.h"

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "client_test_support.h"
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 #include "oracle/client/oracle_exc.h"
 #include "oracle/client/session_holder.h"
 #include "oracle/client/system_exception.h"

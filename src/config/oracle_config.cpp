@@ -1,4 +1,4 @@
-#include "frame/oracle_config.h"
+#include "config/oracle_config.h"
 
 #include <memory>
 
