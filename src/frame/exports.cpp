@@ -13,8 +13,11 @@
 #include "frame/library_state.h"
 #include "config/oracle_config.h"
 #include "frame/oracle_manager.h"
+#include "oracle/discovery/vss_gather.h"
+#include "oracle/discovery/vss_state.h"
 
 using specific::oracle::COracleManager;
+using specific::oracle::CVssState;
 using specific::oracle::conn_t;
 using specific::oracle::operation_not_available;
 using specific::oracle::frame::CLibraryState;
@@ -54,8 +57,8 @@ DSL_API DSL_RESULT DSL_CALL OracleVssStopLib(DSL_WCHAR** error) {
 DSL_API DSL_RESULT DSL_CALL OracleGatherVssInfo(void* /*reserved1*/, void* /*reserved2*/,
                                                 DSL_WCHAR** xml, DSL_WCHAR** error) {
   return guarded("Failed to gather oracle info.", error, [&] {
-    const auto list = CLibraryState::instance().gather_list();
-    operation_not_available("gather VSS info");
+    *xml = make_out_string(
+        specific::oracle::gather_vss_info(CLibraryState::instance().gather_list()));
   });
 }
 
@@ -63,13 +66,13 @@ DSL_API DSL_RESULT DSL_CALL OracleShouldSkipVssWriter(const DSL_WCHAR* sid, uint
                                                       DSL_WCHAR** error) {
   return guarded("Failed to check if should skip VSS writer", error, [&] {
     const std::u16string copy = copy_arg(sid);
-    operation_not_available("should skip VSS writer");
+    *skip = CVssState::instance().should_skip(copy) ? 1 : 0;
   });
 }
 
 DSL_API DSL_RESULT DSL_CALL OracleCheckVssFunctionality(uint8_t* ok, DSL_WCHAR** error) {
   return guarded("Failed to check VSS functionality.", error,
-                 [&] { operation_not_available("check VSS functionality"); });
+                 [&] { *ok = CVssState::instance().check_vss_functionality() ? 1 : 0; });
 }
 
 DSL_API void DSL_CALL OracleLibStrFree(void* text) { std::free(text); }
