@@ -1,5 +1,6 @@
 // The exports through their frame: what the caller gets and what the log shows. Operations
-// whose subsystem is not in this build fail with a text that names them.
+// whose subsystem is not in this build fail with a text that names them. The VSS exports at
+// the end answer from the process-wide VSS state and gather list.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -8,7 +9,11 @@
 
 #include "DbShadowLink.h"
 #include "config/oracle_config.h"
+#include "frame/library_state.h"
+#include "oracle/client/env_variable.h"
+#include "oracle/discovery/vss_state.h"
 #include "support/capture_receiver.h"
+#include "support/reg_machine.h"
 #include "support/wide.h"
 
 using dsl_test::take_text;
@@ -28,24 +33,6 @@ struct export_case_t {
 std::vector<export_case_t> failing_exports() {
   const DSL_WCHAR* e = W(u"");
   return {
-      {"OracleGatherVssInfo", "Failed to gather oracle info.", "",
-       [](DSL_WCHAR** out, DSL_WCHAR** err) {
-         return OracleGatherVssInfo(reinterpret_cast<void*>(0x1), reinterpret_cast<void*>(0x2), out, err);
-       }},
-      {"OracleShouldSkipVssWriter", "Failed to check if should skip VSS writer", "",
-       [](DSL_WCHAR**, DSL_WCHAR** err) {
-         uint8_t skip = 7;
-         const DSL_RESULT rc = OracleShouldSkipVssWriter(W(u"ORCL"), &skip, err);
-         EXPECT_EQ(skip, 7) << "the boolean out is written only on success";
-         return rc;
-       }},
-      {"OracleCheckVssFunctionality", "Failed to check VSS functionality.", "",
-       [](DSL_WCHAR**, DSL_WCHAR** err) {
-         uint8_t ok = 7;
-         const DSL_RESULT rc = OracleCheckVssFunctionality(&ok, err);
-         EXPECT_EQ(ok, 7);
-         return rc;
-       }},
       {"OracleExploreInstances", "Failed to explore oracle instances.",
        "Oracle manager failed to explore Oracle instances",
        [e](DSL_WCHAR** out, DSL_WCHAR** err) { return OracleExploreInstances(1, e, e, e, out, err); }},
@@ -151,6 +138,84 @@ TEST(Exports, OracleTestOnAMachineWithoutInstancesPrintsNothingAndSucceeds) {
   EXPECT_EQ(rc, DSL_S_OK);
   EXPECT_EQ(error, kUntouched);
   EXPECT_EQ(printed, "");
+}
+
+// The VSS exports. The machine of this program has no registry unless a test installs one.
+
+TEST(VssExports, ShouldSkipWriterAnswersByExactComparisonAndLeavesTheErrorUnwritten) {
+  specific::oracle::CVssState::instance().add_skip_sid(u"SKIPPEDSID");
+  DSL_WCHAR* error = kUntouched;
+  uint8_t skip = 7;
+  ASSERT_EQ(OracleShouldSkipVssWriter(W(u"SKIPPEDSID"), &skip, &error), DSL_S_OK);
+  EXPECT_EQ(skip, 1);
+  ASSERT_EQ(OracleShouldSkipVssWriter(W(u"skippedsid"), &skip, &error), DSL_S_OK);
+  EXPECT_EQ(skip, 0);
+  ASSERT_EQ(OracleShouldSkipVssWriter(W(u"ORCL"), &skip, &error), DSL_S_OK);
+  EXPECT_EQ(skip, 0);
+  EXPECT_EQ(error, kUntouched);
+}
+
+TEST(VssExports, CheckOnAMachineWithoutInstancesAnswersEnabled) {
+  dsl_test::capture_log_t capture;
+  DSL_WCHAR* error = kUntouched;
+  uint8_t ok = 7;
+  ASSERT_EQ(OracleCheckVssFunctionality(&ok, &error), DSL_S_OK);
+  EXPECT_EQ(ok, 1);
+  EXPECT_EQ(error, kUntouched);
+  const auto lines = dsl_test::plain_log(capture);
+  EXPECT_EQ(lines, (std::vector<std::string>{"Checking if oracle VSS must be disabled",
+                                             "VSS must be enabled",
+                                             "Checking if oracle VSS must be disabled ok."}));
+  ASSERT_TRUE(specific::oracle::CVssState::instance().vss_must_be_enabled());
+}
+
+TEST(VssExports, GatherFillsTheListOnceKeepsItAndStopDropsIt) {
+  using specific::oracle::frame::CLibraryState;
+  // A machine with the database ORCL whose client library cannot be loaded: the entry is the
+  // failure of its session.
+  dsl_test::reg_machine_t machine(dsl_test::fixture_path("vss_one_database.reg"));
+  specific::oracle::set_env_variable(u"DSL_OCI_LIBRARY", u"dsl-no-such-client-library");
+  CLibraryState::instance().reset_gather_list();
+
+  DSL_WCHAR* xml = kUntouched;
+  DSL_WCHAR* error = kUntouched;
+  // The first two arguments are ignored, whatever they hold.
+  ASSERT_EQ(OracleGatherVssInfo(reinterpret_cast<void*>(0x1), reinterpret_cast<void*>(0x2), &xml,
+                                &error),
+            DSL_S_OK);
+  EXPECT_EQ(error, kUntouched);
+  const std::string first = dsl_test::utf8(take_text(xml));
+  EXPECT_EQ(first.rfind("<OracleEntries><OracleEntry sid=\"ORCL\" error=\"", 0), 0u) << first;
+  EXPECT_NE(first.find("Session is invalid."), std::string::npos) << first;
+  const auto kept = CLibraryState::instance().gather_list();
+  ASSERT_TRUE(kept);
+  ASSERT_EQ(kept->size(), 1u);
+  EXPECT_FALSE((*kept)[0].valid);
+
+  // Kept: the second call renders the same list and opens no session.
+  {
+    dsl_test::capture_log_t capture;
+    xml = kUntouched;
+    ASSERT_EQ(OracleGatherVssInfo(nullptr, nullptr, &xml, &error), DSL_S_OK);
+    EXPECT_EQ(dsl_test::utf8(take_text(xml)), first);
+    EXPECT_TRUE(capture.receiver().writes().empty());
+    EXPECT_EQ(CLibraryState::instance().gather_list(), kept);
+  }
+
+  // Stop drops it; the next call reads the machine anew.
+  ASSERT_EQ(OracleVssStopLib(&error), DSL_S_OK);
+  EXPECT_FALSE(CLibraryState::instance().gather_list());
+  {
+    dsl_test::capture_log_t capture;
+    xml = kUntouched;
+    ASSERT_EQ(OracleGatherVssInfo(nullptr, nullptr, &xml, &error), DSL_S_OK);
+    EXPECT_EQ(dsl_test::utf8(take_text(xml)), first);
+    EXPECT_FALSE(capture.receiver().writes().empty());
+    ASSERT_TRUE(CLibraryState::instance().gather_list());
+    EXPECT_NE(CLibraryState::instance().gather_list(), kept);
+  }
+  EXPECT_EQ(error, kUntouched);
+  CLibraryState::instance().reset_gather_list();
 }
 
 }  // namespace
