@@ -66,7 +66,15 @@ DSL_API DSL_RESULT DSL_CALL OracleTest(void* reserved1, void* reserved2, const D
 
 /* Oracle's own VSS writer. */
 
-/* The OracleEntries document. The first two arguments are ignored. */
+/* The OracleEntries document: one OracleEntry per database instance of the machine (ASM
+ * instances are left out), in discovery order. Each has "sid" and then either "db_name",
+ * "instance_open", "db_open_readonly", "db_archive_logs_on" and "db_active" ("true"/"false"),
+ * or, when the instance's state could not be read, "error" alone. The first call reads the
+ * machine over one session per instance with operating-system authentication and keeps the
+ * list; later calls return the same list without touching Oracle, until OracleVssStopLib drops
+ * it and the next call reads the machine anew. A machine without databases gives
+ * "<OracleEntries />". Schema: docs/schemas/oracle-entries.xsd. The first two arguments are
+ * ignored. */
 DSL_API DSL_RESULT DSL_CALL OracleGatherVssInfo(void* reserved1, void* reserved2, DSL_WCHAR** xml,
                                                 DSL_WCHAR** error);
 /* `skip` is 1 when the snapshot must leave out the Oracle writer of `sid`, else 0. */
