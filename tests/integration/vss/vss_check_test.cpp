@@ -104,6 +104,16 @@ TEST_F(CheckVss, SessionTimeOutWithItsWriterRunningGivesFalse) {
   EXPECT_NE(journal().find("HANG OCIServerAttach forever"), std::string::npos) << journal();
 }
 
+TEST_F(CheckVss, DatabaseThatRefusesTheSessionIsLoggedAndCountsAsInOrder) {
+  // Not a time-out: Oracle's own refusal leaves the snapshot alone, so no service is looked at.
+  vss_machine_t machine("vss_one_database.reg", "vss_writer_orcl_running.reg");
+  EXPECT_EQ(check("vss_service_down.xml"), "true\n");
+  EXPECT_TRUE(logged("ERR |Failed to check if oracle db is active, sid: ORCL"));
+  EXPECT_TRUE(logged_containing("ORA-12560: TNS:protocol adapter error"));
+  EXPECT_FALSE(any_service_looked_at());
+  EXPECT_TRUE(logged("VSS must be enabled"));
+}
+
 TEST_F(CheckVss, SecondBadDatabaseIsNotVisitedOnceTheFirstGaveFalse) {
   vss_machine_t machine("vss_two_databases.reg", "vss_writer_orcl_running.reg");
   EXPECT_EQ(check("vss_two_not_active.xml"), "false\n");
