@@ -93,6 +93,18 @@ TEST_F(GatherVssInfo, MachineWithoutInstancesGivesTheRootAlone) {
   EXPECT_EQ(schema_errors("oracle-entries.xsd", "<OracleEntries />"), "");
 }
 
+TEST_F(GatherVssInfo, SchemaRefusesAnEntryWithoutSidOrWithAFlagThatIsNoWord) {
+  // The schema check of the tests above is real: documents that break it are refused.
+  EXPECT_NE(schema_errors("oracle-entries.xsd", "<OracleEntries><OracleEntry error=\"x\" />"
+                                                "</OracleEntries>"),
+            "");
+  EXPECT_NE(schema_errors("oracle-entries.xsd",
+                          "<OracleEntries><OracleEntry sid=\"A\" db_active=\"1\" />"
+                          "</OracleEntries>"),
+            "");
+  EXPECT_NE(schema_errors("oracle-entries.xsd", "<OracleEntry sid=\"A\" />"), "");
+}
+
 class ShouldSkipWriter : public vss_console_t {};
 
 TEST_F(ShouldSkipWriter, NothingSkippedOpensNoSessionAndReadsNoInstance) {
