@@ -243,6 +243,24 @@ TEST_F(LogDeletionTest, LogWhoseFileIsGoneIsStillRemovedByTheDatabase) {
   expect_removed_exactly(m, {1, 2, 3});
 }
 
+TEST_F(LogDeletionTest, LogWithoutANameIsNotListedAndNeverRemoved) {
+  scenario_options_t o;
+  o.threads = 1;
+  o.logsPerThread = 3;
+  // A log whose file another tool deleted: no NAME, yet not marked deleted. Its sequence is
+  // the highest, so were it listed it would be the one the size rule keeps.
+  o.extraInstanceXml =
+      "    <archived_log recid=\"999\" stamp=\"999\" thread=\"1\" sequence=\"999\" "
+      "first_change=\"5\" first_time=\"2024-03-05 09:00:00\" next_change=\"6\" "
+      "next_time=\"2024-03-05 09:10:00\" blocks=\"1\"/>\n";
+  const auto m = generate_logs_machine(*folder_, o);
+  use_scenario(m.xml);
+  COracleManager::instance().delete_logs_by_size(util::from_utf8(m.home), u"ORCL", 0, conn_t());
+  EXPECT_TRUE(log_has("Found 3 active log files"));
+  expect_removed_exactly(m, {1, 2});
+  EXPECT_FALSE(deleted_now(m).at(999));
+}
+
 TEST_F(LogDeletionTest, DatabaseNotOpenRemovesNothingAndSucceeds) {
   scenario_options_t o;
   o.state = "mounted";
