@@ -11,6 +11,9 @@
 #include "oracle/client/oracle_session.h"
 #include "oracle/client/session_holder.h"
 #include "oracle/discovery/oracle_homes.h"
+#include "oracle/logs/log_backup.h"
+#include "oracle/logs/log_deletion.h"
+#include "oracle/logs/log_descriptions.h"
 
 namespace specific::oracle {
 
@@ -46,22 +49,26 @@ std::u16string COracleManager::explore(bool /*option*/, const conn_t& /*conn*/,
   });
 }
 
-void COracleManager::delete_logs_by_time(const std::u16string& /*home*/, const std::u16string& sid,
-                                         int32_t /*minutes*/, const conn_t& /*conn*/) {
+void COracleManager::delete_logs_by_time(const std::u16string& home, const std::u16string& sid,
+                                         int32_t minutes, const conn_t& conn) {
   run_operation("Oracle manager failed to delete archived logs by time", [&] {
     logging::log_step_t step(logging::oralib(), "Deleting oracle logs by time. Sid: %1",
                              util::to_utf8(sid));
-    operation_not_available("delete logs by time");
+    COracleLogDeletion(std::make_shared<COracleSessionHolder>(sid, home, conn, false))
+        .delete_by_time(minutes);
+    step.ok();
   });
 }
 
-void COracleManager::delete_logs_by_size(const std::u16string& /*home*/, const std::u16string& sid,
-                                         uint64_t /*size*/, const conn_t& /*conn*/) {
+void COracleManager::delete_logs_by_size(const std::u16string& home, const std::u16string& sid,
+                                         uint64_t size, const conn_t& conn) {
   // The by-size operation reports its failure with the by-time line; callers match on it.
   run_operation("Oracle manager failed to delete archived logs by time", [&] {
     logging::log_step_t step(logging::oralib(), "Deleting oracle logs by size. Sid: %1",
                              util::to_utf8(sid));
-    operation_not_available("delete logs by size");
+    COracleLogDeletion(std::make_shared<COracleSessionHolder>(sid, home, conn, false))
+        .delete_by_size(size);
+    step.ok();
   });
 }
 
@@ -77,14 +84,18 @@ void COracleManager::finish(const std::u16string& /*dbPrepareXml*/, const conn_t
                 [] { operation_not_available("finish"); });
 }
 
-std::u16string COracleManager::backup_logs(const std::u16string& /*home*/,
-                                           const std::u16string& sid,
-                                           const std::u16string& /*usn*/,
-                                           const std::u16string& /*lastRecId*/,
-                                           const conn_t& /*conn*/) {
+std::u16string COracleManager::backup_logs(const std::u16string& home, const std::u16string& sid,
+                                           const std::u16string& usn,
+                                           const std::u16string& lastRecId, const conn_t& conn) {
   return run_operation("Oracle manager failed to backup archived logs", [&]() -> std::u16string {
     logging::log_step_t step(logging::oralib(), "Backup oracle logs. Sid: %1", util::to_utf8(sid));
-    operation_not_available("backup logs");
+    // A bookmark that is no number fails before the session is made and any statement sent.
+    logs::check_bookmark(lastRecId);
+    COracleLogBackup backup(std::make_shared<COracleSessionHolder>(sid, home, conn, false));
+    std::u16string text =
+        backup.backup_to_folder(COracleConfig::get().tempLogPath, usn, lastRecId);
+    step.ok();
+    return text;
   });
 }
 
@@ -96,7 +107,9 @@ std::u16string COracleManager::logs_folder() {
 std::u16string COracleManager::enum_logs() {
   return run_operation("Oracle manager failed to enum logs", []() -> std::u16string {
     logging::log_step_t step(logging::oralib(), "Enumerating oracle logs");
-    operation_not_available("enumerate logs");
+    std::u16string text = logs::enumerate_descriptions(COracleConfig::get().tempLogPath);
+    step.ok();
+    return text;
   });
 }
 
@@ -104,7 +117,11 @@ void COracleManager::remove_logs_in_temp(const std::u16string& logsXml) {
   run_operation("Oracle manager failed to remove logs in temp", [&] {
     logging::log_step_t step(logging::oralib(), "Removing oracle logs in temp: %1",
                              util::to_utf8(logsXml));
-    operation_not_available("remove logs in temp");
+    // The folder is read as the operation always has, though the list names every path.
+    const std::u16string folder = COracleConfig::get().tempLogPath;
+    (void)folder;
+    logs::remove_described_logs(logsXml);
+    step.ok();
   });
 }
 
