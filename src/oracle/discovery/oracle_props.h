@@ -3,6 +3,7 @@
 // copy of the child's first element at the end of its own. Built and rendered on the
 // operation's thread; held by shared pointer.
 #pragma once
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -114,8 +115,9 @@ class CHomeProps : public COracleProps {
 
 // Facts of the machine written on the root element.
 struct CEnvProps {
-  std::u16string serverName;
-  std::u16string osName;
+  std::u16string serverName;  // fully qualified computer name
+  std::u16string osName;      // operating system name
+  int32_t timeZone = 0;       // current offset from UTC in quarter hours, positive east
 };
 
 // The root `OracleOverall` element.
