@@ -61,7 +61,7 @@ CExploreDbConfig CExploreDbConfig::parse(const std::u16string& text) {
       config.records.emplace(util::to_unicode(sid), std::move(record));
     }
   } catch (const std::exception& e) {
-    exc::rethrow_with_trace("Failed to parse explore db config", e);
+    exc::rethrow_with_context("Failed to parse explore db config", e);
   }
   return config;
 }
