@@ -188,3 +188,34 @@ TEST_F(ExploreMachine, ThousandsOfSidsInTheInputAreRead) {
 
 }  // namespace
 }  // namespace explore_test
+
+namespace explore_test {
+namespace {
+
+TEST_F(ExploreMachine, SidsAndPathsWithQuotesAmpersandsAndNonAsciiLettersAreEscapedAndKept) {
+  use_machine("explore_special_names.reg", "explore_special.xml");
+  expect_document(explore(), "special_names.xml");
+}
+
+TEST_F(ExploreMachine, ViewRowWithA1024ByteValueIsLeftOut) {
+  use_machine("explore_special_names.reg", "explore_special.xml");
+  const std::string document = explore();
+  EXPECT_EQ(document.find("LLLL"), std::string::npos);
+  EXPECT_NE(document.find("users01.dbf"), std::string::npos) << document;
+  EXPECT_NE(document.find(" localListener=\"\" "), std::string::npos) << document;
+}
+
+}  // namespace
+}  // namespace explore_test
+
+namespace explore_test {
+namespace {
+
+// The sample machine of scripts/demo, explored with --collect: the document the demo prints.
+TEST_F(ExploreMachine, SampleMachineOfTheDemoIsDescribedWithLogsAndParameterFiles) {
+  use_machine("demo_machine.reg", "demo-machine.xml");
+  expect_document(explore(/*collect=*/true), "demo_machine.xml");
+}
+
+}  // namespace
+}  // namespace explore_test
