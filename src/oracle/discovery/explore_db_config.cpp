@@ -43,7 +43,9 @@ CExploreDbConfig CExploreDbConfig::parse(const std::u16string& text) {
     return config;
   }
   try {
-    const xml::xml_doc_ptr_t doc = xml::parse(util::to_multibyte(text));
+    // Read as UTF-8, like the explored document: the code page would turn a SID with letters
+    // outside it into question marks, and the SID would then match nothing.
+    const xml::xml_doc_ptr_t doc = xml::parse(util::to_utf8(text));
     // Element names are not looked at: the first element is the root, its child elements are
     // the SIDs.
     const xml::xml_node_ref_t root = xml::first_child(xml::root_ref(doc));
@@ -54,11 +56,11 @@ CExploreDbConfig CExploreDbConfig::parse(const std::u16string& text) {
       logging::oralib().info("Explore db config sid found: %1, recId: %2, stamp: %3", sid, recId,
                              stamp);
       auto record = std::make_shared<SDbLogRecInfo>();
-      record->recId = decimal_or_empty(util::to_unicode(recId), "recId", sid);
-      record->stamp = decimal_or_empty(util::to_unicode(stamp), "stamp", sid);
+      record->recId = decimal_or_empty(util::from_utf8(recId), "recId", sid);
+      record->stamp = decimal_or_empty(util::from_utf8(stamp), "stamp", sid);
       if (record->recId.empty() || record->stamp.empty()) continue;
       // With a duplicate SID the first record stays.
-      config.records.emplace(util::to_unicode(sid), std::move(record));
+      config.records.emplace(util::from_utf8(sid), std::move(record));
     }
   } catch (const std::exception& e) {
     exc::rethrow_with_context("Failed to parse explore db config", e);

@@ -42,7 +42,8 @@ std::u16string COracleExplorer::explore(bool option, const conn_t& conn,
     context.config = CExploreDbConfig::parse(configText);
     const std::string text = render_explored_document(build_document(context));
     logging::oralib().info(text);
-    return util::to_unicode(text);
+    // UTF-8, as the records wrote it (oracle_props.cpp).
+    return util::from_utf8(text);
   } catch (const std::exception& e) {
     exc::rethrow_with_trace("Failed to explore oracle instances.", e);
   }

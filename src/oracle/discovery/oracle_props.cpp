@@ -17,9 +17,11 @@ namespace {
 using xml::xml_doc_ptr_t;
 using xml::xml_node_ref_t;
 
-// Every value of these documents goes out through the wide-to-narrow conversion.
+// The documents are UTF-8 inside, on both builds, and widened from UTF-8 when they are handed
+// out: a value in the system code page would lose every character outside it (a SID, a path
+// or a home name with letters of another script) on the way to the agent, who gets UTF-16.
 void set_text(const xml_node_ref_t& element, const char* name, const std::u16string& value) {
-  xml::set_attr(element, name, util::to_multibyte(value));
+  xml::set_attr(element, name, util::to_utf8(value));
 }
 
 // A fresh document holding one element called `name`; the element is returned.
@@ -56,7 +58,7 @@ void add_group_numbers(const xml_node_ref_t& database,
     if (file.node->ToElement() == nullptr) continue;
     std::string path;
     if (!xml::query_attr(file, "path", path)) continue;
-    const auto found = logGroups.find(util::to_unicode(path));
+    const auto found = logGroups.find(util::from_utf8(path));
     if (found != logGroups.end()) xml::set_attr(file, "groupNumber", found->second);
   }
 }
@@ -68,7 +70,7 @@ std::u16string current_utc_stamp() {
   char text[64];
   std::snprintf(text, sizeof text, "%4d-%02d-%02dT%02d:%02d:%02d", utc.tm_year + 1900,
                 utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
-  return util::to_unicode(text);
+  return util::from_utf8(text);
 }
 
 }  // namespace

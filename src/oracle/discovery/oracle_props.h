@@ -1,7 +1,8 @@
 // The property records of the explored document. Each record renders itself as a fresh
 // document holding exactly one element (ToXml); a parent merges a child by inserting a deep
-// copy of the child's first element at the end of its own. Built and rendered on the
-// operation's thread; held by shared pointer.
+// copy of the child's first element at the end of its own. Attribute values are UTF-8 on both
+// builds (no character is lost to the system code page on the way to the agent). Built and
+// rendered on the operation's thread; held by shared pointer.
 #pragma once
 #include <cstdint>
 #include <map>
