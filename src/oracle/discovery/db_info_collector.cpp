@@ -196,7 +196,8 @@ oracle_props_ptr_t CDbInfoCollector::Collect() {
     props->id = query_database_id(*holder);
     props->lastScn = query_current_scn(*holder);
     props->lastLogNum = query_last_log_sequence(*holder);
-    props->globalName = global_name_of(query_unique_name(*holder), query_domain(*holder));
+    const std::u16string uniqueName = query_unique_name(*holder);  // then the domain, in order
+    props->globalName = global_name_of(uniqueName, query_domain(*holder));
     props->recoveryFileDest = query_recovery_area(*holder);
     gather_listeners(session, *props);
     if (props->archiveLogsOn) {
