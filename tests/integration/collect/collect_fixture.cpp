@@ -61,6 +61,10 @@ void collect_test_t::use_scenario_file(const std::string& name,
                                              {"$LOG_MODE$", "ARCHIVELOG"},
                                              {"$CDB$", "NO"},
                                              {"$DOMAIN$", "corp.example"},
+                                             {"$OPEN_MODE$", "READ WRITE"},
+                                             {"$RECOVERY_AREA_PARAMETER$",
+                                              "<parameter name=\"db_recovery_file_dest\" "
+                                              "value=\"$BASE$fast_recovery_area\"/>"},
                                              {"$SPFILE$", "+DATA/ORCL/PARAMETERFILE/spfile.269.1031050991"}};
   for (const auto& [key, value] : values) all[key] = value;
   replace_all(text, "<!--EXTRA-->", extra);
