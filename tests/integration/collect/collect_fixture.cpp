@@ -62,6 +62,8 @@ void collect_test_t::use_scenario_file(const std::string& name,
                                              {"$CDB$", "NO"},
                                              {"$DOMAIN$", "corp.example"},
                                              {"$OPEN_MODE$", "READ WRITE"},
+                                             {"$SRVCTL$", "registered"},
+                                             {"$PASSWORD_FILE$", "+DATA/ORCL/PASSWORD/pwdorcl.256.1031050111"},
                                              {"$RECOVERY_AREA_PARAMETER$",
                                               "<parameter name=\"db_recovery_file_dest\" "
                                               "value=\"$BASE$fast_recovery_area\"/>"},
