@@ -211,14 +211,4 @@ oracle_props_ptr_t CDbInfoCollector::Collect() {
   }
 }
 
-std::u16string find_parameter_file(const SOracleSid& instance) {
-  const std::u16string folder = win::join_path_windows(instance.home, u"database");
-  for (const char16_t* name : {u"spfile%1.ora", u"init%1.ora"}) {
-    const std::u16string path =
-        win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
-    if (win::file_exists(path)) return path;
-  }
-  return std::u16string();
-}
-
 }  // namespace specific::oracle

@@ -20,6 +20,7 @@
 #include "oracle/client/unique_object_name.h"
 #include "oracle/discovery/command_line.h"
 #include "oracle/discovery/oracle_props.h"
+#include "oracle/discovery/ora_sid_collector.h"
 #include "oracle/discovery/oracle_sid.h"
 
 namespace specific::oracle {
@@ -57,6 +58,16 @@ void run_command(const std::shared_ptr<COracleSession>& session, const std::stri
 }
 
 }  // namespace
+
+std::u16string find_parameter_file(const SOracleSid& instance) {
+  const std::u16string folder = win::join_path_windows(instance.home, u"database");
+  for (const char16_t* name : {u"spfile%1.ora", u"init%1.ora"}) {
+    const std::u16string path =
+        win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
+    if (win::file_exists(path)) return path;
+  }
+  return std::u16string();
+}
 
 std::u16string password_file_from_line(const std::string& line, bool& hit) {
   hit = line.find(kPasswordFileMark) != std::string::npos;
