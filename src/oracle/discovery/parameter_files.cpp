@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "common/exc/exc_base.h"
 #include "common/exc/exc_log.h"
 #include "common/exc/rethrow.h"
 #include "common/logging/log_channel.h"
@@ -84,6 +85,14 @@ bool find_password_file_with_srvctl(const SOracleSid& instance, std::u16string& 
     if (tool.empty()) return false;
 
     const std::u16string output = win::make_temp_file_path();
+    for (const std::u16string& part : {tool, instance.sid, output}) {
+      if (!is_plain_command_text(part)) {
+        throw exc::runtime_exc_t(
+            "The command line would carry a character that the command interpreter reads as its "
+            "own: [%1]",
+            util::to_multibyte(part));
+      }
+    }
     // Nothing is quoted: a home with a blank breaks the command, and the missing output is
     // then the only sign of it.
     const std::u16string command =

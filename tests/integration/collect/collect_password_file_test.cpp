@@ -5,6 +5,8 @@
 
 #include "collect_fixture.h"
 #include "common/text/convert.h"
+#include "oracle/discovery/oracle_sid.h"
+#include "oracle/discovery/parameter_files.h"
 
 namespace collect_test {
 namespace {
@@ -120,6 +122,27 @@ TEST_F(CollectPasswordFile, NoPasswordFileAnywhereIsNoError) {
   auto props = collect(false);
   EXPECT_EQ(props->pwdFilePath, u"");
   EXPECT_FALSE(props->isError);
+}
+
+}  // namespace
+}  // namespace collect_test
+
+namespace collect_test {
+namespace {
+
+using namespace specific::oracle;
+
+TEST_F(CollectPasswordFile, ASidThatWouldStartASecondCommandIsNeverRun) {
+  use_scenario_file("collect_database.xml");
+  forwarder();
+  SOracleSid instance;
+  instance.sid = u"ORCL&echo";
+  instance.home = home();
+  std::u16string location = u"old";
+  EXPECT_FALSE(find_password_file_with_srvctl(instance, location));
+  EXPECT_EQ(location, u"");
+  EXPECT_TRUE(log_with("Executing script").empty());
+  EXPECT_EQ(log_with("Failed to get password file ASM location").size(), 1u);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "oracle/discovery/command_line.h"
 #include "oracle/discovery/parameter_files.h"
+#include "common/text/convert.h"
 
 namespace {
 
@@ -51,6 +52,26 @@ TEST(CommandLineMapping, DrivePathsAndSharesAreMappedWordByWord) {
 TEST(CommandLineMapping, OtherWordsStayAsWritten) {
   EXPECT_EQ(map_command_line_paths("echo C: x:y -db", fake_map), "echo C: x:y -db");
   EXPECT_EQ(map_command_line_paths("", fake_map), "");
+}
+
+}  // namespace
+
+namespace {
+
+using namespace specific::oracle;
+
+TEST(CommandText, HomesSidsAndTemporaryPathsArePlain) {
+  EXPECT_TRUE(is_plain_command_text(u"C:\\app\\oracle\\product\\19.0.0\\dbhome_1\\bin\\srvctl.bat"));
+  EXPECT_TRUE(is_plain_command_text(u"ORCL"));
+  EXPECT_TRUE(is_plain_command_text(u"C:\\ProgramData\\Trelo\\Backup\\Tmp\\{0a1b2c3d-0000-4000-8000-000000000000}"));
+  EXPECT_TRUE(is_plain_command_text(u"C:\\Program Files\\O'Brien (x86)\\db_1"));
+}
+
+TEST(CommandText, InterpreterCharactersAndControlCharactersAreNot) {
+  for (const char16_t* text : {u"ORCL&calc", u"a|b", u"a>b", u"a<b", u"a^b", u"a\"b", u"%PATH%",
+                               u"a!b", u"a;b", u"$(id)", u"`id`", u"a\nb", u"a\rb", u"a\tb"}) {
+    EXPECT_FALSE(is_plain_command_text(text)) << util::to_utf8(text);
+  }
 }
 
 }  // namespace
