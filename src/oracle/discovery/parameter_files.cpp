@@ -60,12 +60,17 @@ void run_command(const std::shared_ptr<COracleSession>& session, const std::stri
 
 }  // namespace
 
+// Raises nothing: it also serves the error record of an instance that could not be reached. A
+// name whose existence cannot be told (the file layer has logged why) counts as absent.
 std::u16string find_parameter_file(const SOracleSid& instance) {
   const std::u16string folder = win::join_path_windows(instance.home, u"database");
   for (const char16_t* name : {u"spfile%1.ora", u"init%1.ora"}) {
-    const std::u16string path =
-        win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
-    if (win::file_exists(path)) return path;
+    try {
+      const std::u16string path =
+          win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
+      if (win::file_exists(path)) return path;
+    } catch (const std::exception&) {
+    }
   }
   return std::u16string();
 }

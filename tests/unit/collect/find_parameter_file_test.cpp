@@ -1,6 +1,8 @@
 // The parameter file by name in the home's database folder: the file system alone decides.
 #include <gtest/gtest.h>
 
+#include "common/exc/exc_base.h"
+#include "common/win/file_hooks.h"
 #include "oracle/discovery/ora_sid_collector.h"
 #include "support/test_folder.h"
 
@@ -40,6 +42,23 @@ TEST_F(FindParameterFile, AHomeWithATrailingSeparatorGetsNoSecondOne) {
   SOracleSid sid = instance();
   sid.home += u"\\";
   EXPECT_EQ(find_parameter_file(sid), folder_.path(u"home\\database\\initORCL.ora"));
+}
+
+// A policy that refuses every path: the existence test then fails rather than answers.
+class refuse_all_t : public win::file_hooks_t {
+ public:
+  void check_access(const win::path_holder_t& path) override {
+    throw exc::win_sys_exc_t("Access to [%1] is refused.", path.narrow(), /*access denied*/ 5);
+  }
+};
+
+TEST_F(FindParameterFile, AnExistenceTestThatFailsCountsAsAbsentAndRaisesNothing) {
+  folder_.raw_write(u"home\\database\\spfileORCL.ora", "s");
+  win::set_file_hooks(std::make_shared<refuse_all_t>());
+  std::u16string found = u"old";
+  EXPECT_NO_THROW(found = find_parameter_file(instance()));
+  win::set_file_hooks(nullptr);
+  EXPECT_EQ(found, u"");
 }
 
 }  // namespace
