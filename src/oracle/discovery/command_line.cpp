@@ -16,6 +16,15 @@ bool is_windows_path(const std::string& word) {
 
 }  // namespace
 
+bool is_plain_command_text(const std::u16string& text) {
+  static const std::u16string kInterpreterCharacters = u"&|<>^\"%!;$`";
+  for (char16_t c : text) {
+    if (c < 0x20 || c == 0x7f) return false;
+    if (kInterpreterCharacters.find(c) != std::u16string::npos) return false;
+  }
+  return true;
+}
+
 std::string map_command_line_paths(const std::string& commandLine,
                                    std::string (*map)(const std::string& windowsPath)) {
   std::string result;

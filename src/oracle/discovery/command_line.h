@@ -12,6 +12,13 @@ namespace specific::oracle {
 // look at the program's output need not read it.
 int run_command_line(const std::u16string& commandLine);
 
+// True when `text` holds no character that the command interpreters read as their own (the
+// separators, redirections, escapes and variable marks of cmd.exe and /bin/sh, and control
+// characters). Values that are filled into a command line must pass this: a home or SID from
+// the registry must not be able to start a second command. Blanks are allowed (they only split
+// the words). Pure.
+bool is_plain_command_text(const std::u16string& text);
+
 // The host build's view of a command line: each blank-separated word that is a Windows path
 // (a drive letter and a separator, or a leading "\\") is replaced by `map(word)`; everything
 // else, blanks included, stays as written. Pure; exposed for tests.

@@ -196,7 +196,8 @@ oracle_props_ptr_t CDbInfoCollector::Collect() {
     props->id = query_database_id(*holder);
     props->lastScn = query_current_scn(*holder);
     props->lastLogNum = query_last_log_sequence(*holder);
-    props->globalName = global_name_of(query_unique_name(*holder), query_domain(*holder));
+    const std::u16string uniqueName = query_unique_name(*holder);  // then the domain, in order
+    props->globalName = global_name_of(uniqueName, query_domain(*holder));
     props->recoveryFileDest = query_recovery_area(*holder);
     gather_listeners(session, *props);
     if (props->archiveLogsOn) {
@@ -208,16 +209,6 @@ oracle_props_ptr_t CDbInfoCollector::Collect() {
   } catch (const std::exception& e) {
     exc::rethrow_with_context("Failed to gather database properties.", e);
   }
-}
-
-std::u16string find_parameter_file(const SOracleSid& instance) {
-  const std::u16string folder = win::join_path_windows(instance.home, u"database");
-  for (const char16_t* name : {u"spfile%1.ora", u"init%1.ora"}) {
-    const std::u16string path =
-        win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
-    if (win::file_exists(path)) return path;
-  }
-  return std::u16string();
 }
 
 }  // namespace specific::oracle

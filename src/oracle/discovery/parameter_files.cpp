@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "common/exc/exc_base.h"
 #include "common/exc/exc_log.h"
 #include "common/exc/rethrow.h"
 #include "common/logging/log_channel.h"
@@ -20,6 +21,7 @@
 #include "oracle/client/unique_object_name.h"
 #include "oracle/discovery/command_line.h"
 #include "oracle/discovery/oracle_props.h"
+#include "oracle/discovery/ora_sid_collector.h"
 #include "oracle/discovery/oracle_sid.h"
 
 namespace specific::oracle {
@@ -58,6 +60,21 @@ void run_command(const std::shared_ptr<COracleSession>& session, const std::stri
 
 }  // namespace
 
+// Raises nothing: it also serves the error record of an instance that could not be reached. A
+// name whose existence cannot be told (the file layer has logged why) counts as absent.
+std::u16string find_parameter_file(const SOracleSid& instance) {
+  const std::u16string folder = win::join_path_windows(instance.home, u"database");
+  for (const char16_t* name : {u"spfile%1.ora", u"init%1.ora"}) {
+    try {
+      const std::u16string path =
+          win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
+      if (win::file_exists(path)) return path;
+    } catch (const std::exception&) {
+    }
+  }
+  return std::u16string();
+}
+
 std::u16string password_file_from_line(const std::string& line, bool& hit) {
   hit = line.find(kPasswordFileMark) != std::string::npos;
   if (!hit) return std::u16string();
@@ -73,6 +90,14 @@ bool find_password_file_with_srvctl(const SOracleSid& instance, std::u16string& 
     if (tool.empty()) return false;
 
     const std::u16string output = win::make_temp_file_path();
+    for (const std::u16string& part : {tool, instance.sid, output}) {
+      if (!is_plain_command_text(part)) {
+        throw exc::runtime_exc_t(
+            "The command line would carry a character that the command interpreter reads as its "
+            "own: [%1]",
+            util::to_multibyte(part));
+      }
+    }
     // Nothing is quoted: a home with a blank breaks the command, and the missing output is
     // then the only sign of it.
     const std::u16string command =
