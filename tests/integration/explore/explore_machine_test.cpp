@@ -38,6 +38,16 @@ TEST_F(ExploreMachine, FailingAsmInstanceAloneLeavesNoHome) {
   use_machine("explore_asm_failing_alone.reg");
   expect_document(explore(), "all_homes_dropped.xml");
   EXPECT_TRUE(logged("ERR |Failed to gather database props for SID: +ASMBAD"));
+  bool wrapped = false;
+  for (const auto& line : log_lines()) wrapped = wrapped || line.find("Failed to gather ASM properties.") != std::string::npos;
+  EXPECT_TRUE(wrapped) << "the collector's own line is in the chain";
+}
+
+TEST_F(ExploreMachine, AsmInstanceWithoutMountedGroupsIsItsSidAlone) {
+  use_machine("explore_asm_no_group.reg");
+  const std::string document = explore();
+  EXPECT_NE(document.find("<asm sid=\"+ASMEMPTY\" /></home>"), std::string::npos) << document;
+  expect_valid(document);
 }
 
 TEST_F(ExploreMachine, FailingAsmInstanceBesideACollectedDatabaseLeavesTheDatabaseAlone) {
