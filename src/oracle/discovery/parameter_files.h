@@ -21,7 +21,9 @@ std::u16string get_password_file_location(const COracleSessionHolder& holder,
                                           const SOracleSid& instance) noexcept;
 
 // Asks srvctl (<home>\bin\srvctl.bat, else <home>\srvm\bin\srvctl.bat) for the password file.
-// True with `location` set when its output names one. Never throws: a failure is logged as
+// True with `location` set when its output names one. The host build looks for the same name,
+// which is a shell script there (docs/ocisim.md). A home, SID or temporary path holding a
+// character the command interpreter reads as its own is refused, never run. Never throws: a failure is logged as
 // "Failed to get password file ASM location" and answers false.
 bool find_password_file_with_srvctl(const SOracleSid& instance, std::u16string& location) noexcept;
 
