@@ -203,12 +203,12 @@ std::string explore_test_t::explore_failure(bool collect, const std::u16string& 
   return std::string();
 }
 
-void explore_test_t::expect_valid(const std::string& document) {
+void explore_test_t::expect_valid(const std::string& document, const char* schema) {
   const auto file = dir_ / "document.xml";
   write_bytes(file, document);
   const char* root = std::getenv("DSL_SOURCE_DIR");
   std::string output;
-  EXPECT_TRUE(validate_file(std::string(root ? root : ".") + "/docs/schemas/explored.xsd",
+  EXPECT_TRUE(validate_file(std::string(root ? root : ".") + "/docs/schemas/" + schema,
                             native(file), output))
       << output;
 }

@@ -41,8 +41,8 @@ class explore_test_t : public ::testing::Test {
 
   // Compares `document` with expected/<name> after the normalisation above, and validates it.
   void expect_document(const std::string& document, const std::string& name);
-  // Validates a document against the schema of the explored document.
-  void expect_valid(const std::string& document);
+  // Validates a document against the schema of the explored document, or of the explore input.
+  void expect_valid(const std::string& document, const char* schema = "explored.xsd");
 
   std::vector<std::string> log_lines() const;
   bool logged(const std::string& line) const;

@@ -3,6 +3,7 @@
 // document with its expected file attribute by attribute, in order, and validates it.
 #include <string>
 
+#include "common/text/convert.h"
 #include "explore_fixture.h"
 #include "oracle/discovery/vss_state.h"
 
@@ -120,8 +121,9 @@ TEST_F(ExploreMachine, HomeNamesAreOrderedByCodeUnitZetaBeforeAlpha) {
 
 TEST_F(ExploreMachine, RememberedLogThatStillExistsIsNotReverted) {
   use_machine("explore_single_database.reg");
-  expect_document(explore(false, u"<databases><database sid=\"ORCL\" recId=\"17\" stamp=\"99\"/></databases>"),
-                  "single_database.xml");
+  const std::string input = "<databases><database sid=\"ORCL\" recId=\"17\" stamp=\"99\"/></databases>";
+  expect_valid(input, "explore-input.xsd");
+  expect_document(explore(false, util::from_utf8(input)), "single_database.xml");
   EXPECT_NE(journal().find("WHERE RECID=17 AND STAMP=99"), std::string::npos) << journal();
 }
 
