@@ -10,6 +10,7 @@
 #include "oracle/client/oracle_query.h"
 #include "oracle/client/oracle_session.h"
 #include "oracle/client/session_holder.h"
+#include "oracle/discovery/explore_flow.h"
 #include "oracle/discovery/oracle_homes.h"
 #include "oracle/logs/log_backup.h"
 #include "oracle/logs/log_deletion.h"
@@ -41,11 +42,14 @@ COracleManager& COracleManager::instance() {
   return manager;
 }
 
-std::u16string COracleManager::explore(bool /*option*/, const conn_t& /*conn*/,
-                                       const std::u16string& /*configXml*/) {
+std::u16string COracleManager::explore(bool option, const conn_t& conn,
+                                       const std::u16string& configXml) {
   return run_operation("Oracle manager failed to explore Oracle instances", [&]() -> std::u16string {
     logging::log_step_t step(logging::oralib(), "Exploring oracle instances");
-    operation_not_available("explore");
+    const std::unique_ptr<CExploreBackend> backend = make_explore_backend();
+    std::u16string document = COracleExplorer(*backend).explore(option, conn, configXml);
+    step.ok();
+    return document;
   });
 }
 

@@ -25,6 +25,11 @@ void create_directory(node_t& instance, session_info_t& session, token_reader_t&
                       bool replace);
 void drop_directory(node_t& instance, session_info_t& session, token_reader_t& reader);
 
+// CREATE PFILE [= 'file'] FROM { SPFILE [= 'file'] | MEMORY }: writes the instance's parameters
+// as a text parameter file; the machine itself does not change.
+void create_pfile(machine_t& machine, node_t& instance, session_info_t& session,
+                  token_reader_t& reader);
+
 // An anonymous block of procedure calls: BEGIN name(args); ... END;
 void run_block(machine_t& machine, node_t& instance, session_info_t& session,
                const std::string& sql, const std::map<std::string, value_t>& binds,

@@ -129,6 +129,10 @@ execution_t server_execute(session_info_t& session, const std::string& sql,
       machine.save();
       return result;
     }
+    if (!replace && reader.accept_word("PFILE")) {
+      create_pfile(machine, instance, session, reader);
+      return result;
+    }
   } else if (reader.accept_word("DROP")) {
     if (reader.accept_word("DIRECTORY")) {
       drop_directory(instance, session, reader);

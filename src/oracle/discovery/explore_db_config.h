@@ -14,8 +14,12 @@ struct SDbLogRecInfo {
 
 class CExploreDbConfig {
  public:
-  // Parses the explore input (an empty text gives an empty map). Throws "Failed to parse
-  // explore db config" over the cause.
+  // Parses the explore input (an empty text gives an empty map): any root element, one child
+  // element per SID with the attributes sid, recId and stamp, all three required. A record is
+  // kept only when recId and stamp are both decimal digits; an empty value, or one with
+  // anything else in it (logged as a warning), leaves the SID without a record, because the
+  // two values are later filled into a SQL condition. The first record of a SID stays. The
+  // text is read as UTF-8. Throws "Failed to parse explore db config" over the cause.
   static CExploreDbConfig parse(const std::u16string& text);
 
   // The record for `sid`, matched exactly, case included; empty when none was stored.

@@ -1,8 +1,10 @@
 // The property records of the explored document. Each record renders itself as a fresh
 // document holding exactly one element (ToXml); a parent merges a child by inserting a deep
-// copy of the child's first element at the end of its own. Built and rendered on the
-// operation's thread; held by shared pointer.
+// copy of the child's first element at the end of its own. Attribute values are UTF-8 on both
+// builds (no character is lost to the system code page on the way to the agent). Built and
+// rendered on the operation's thread; held by shared pointer.
 #pragma once
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -114,8 +116,9 @@ class CHomeProps : public COracleProps {
 
 // Facts of the machine written on the root element.
 struct CEnvProps {
-  std::u16string serverName;
-  std::u16string osName;
+  std::u16string serverName;  // fully qualified computer name
+  std::u16string osName;      // operating system name
+  int32_t timeZone = 0;       // current offset from UTC in quarter hours, positive east
 };
 
 // The root `OracleOverall` element.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -62,6 +63,37 @@ TEST_F(DemoMachine, TestChecksEveryOpenInstanceAndPrintsItsArchivedLogs) {
             "ok\n"
             "Checking SID: +ASM\n"
             "ok\n");
+}
+
+
+// What changes from run to run and machine to machine: the moment of collection and the
+// machine's own facts on the root. The expected document holds "*" there.
+std::string normalised_explore(const std::string& document) {
+  std::string text = std::regex_replace(document, std::regex(" timeUtc=\"[0-9T:-]+\""), " timeUtc=\"*\"");
+  text = std::regex_replace(text, std::regex("^<OracleOverall serverName=\"[^\"]+\" osName=\"[^\"]+\" timeZone=\"-?[0-9]+\""),
+                            "<OracleOverall serverName=\"*\" osName=\"*\" timeZone=\"*\"");
+  return text;
+}
+
+TEST_F(DemoMachine, ExploreCollectPrintsTheExpectedDocumentOfTheSampleMachine) {
+  dsl_test::reg_machine_t machine(dsl_test::fixture_path("demo_machine.reg"));
+  const std::string scenario = write_file("scenario.xml", read_source_file("tests/scenarios/demo-machine.xml"));
+  const std::string host = host_path();
+  const bool windows = host.size() > 4 && host.compare(host.size() - 4, 4, ".exe") == 0;
+  const std::string bin = host.substr(0, host.find_last_of("/\\") + 1);
+  const std::string client = bin + (windows ? "ocisim\\OCI.dll" : "ocisim/libclntsh.so");
+  const std::string expected =
+      without_carriage_returns(read_source_file("tests/integration/explore/expected/demo_machine.xml"));
+  ASSERT_FALSE(expected.empty());
+
+  const process_result_t run =
+      this->host({"explore", "--collect"}, "",
+                 {{"OCISIM_SCENARIO", scenario},
+                  {"OCISIM_JOURNAL", path_in_test_folder("journal.txt")},
+                  {"DSL_OCI_LIBRARY", client}});
+
+  EXPECT_EQ(run.exit_code, 0) << run.err;
+  EXPECT_EQ(normalised_explore(without_carriage_returns(run.out)), expected);
 }
 
 }  // namespace

@@ -33,9 +33,6 @@ struct export_case_t {
 std::vector<export_case_t> failing_exports() {
   const DSL_WCHAR* e = W(u"");
   return {
-      {"OracleExploreInstances", "Failed to explore oracle instances.",
-       "Oracle manager failed to explore Oracle instances",
-       [e](DSL_WCHAR** out, DSL_WCHAR** err) { return OracleExploreInstances(1, e, e, e, out, err); }},
       {"OracleBackupLogs", "Failed to backup oracle logs.", "Oracle manager failed to backup archived logs",
        [e](DSL_WCHAR** out, DSL_WCHAR** err) {
          return OracleBackupLogs(W(u"C:\\h"), W(u"ORCL"), W(u"1"), W(u"2"), e, e, out, err);
@@ -89,6 +86,25 @@ TEST(Exports, EachFailingExportLogsItsContextAndLeavesItsOutUnwritten) {
     }
     EXPECT_TRUE(context_logged);
   }
+}
+
+TEST(Exports, ExploreWithAnInputThatIsNoXmlLogsItsContextAndLeavesItsOutUnwritten) {
+  dsl_test::capture_log_t capture;
+  DSL_WCHAR* out = kUntouched;
+  DSL_WCHAR* error = kUntouched;
+  EXPECT_EQ(OracleExploreInstances(0, W(u""), W(u""), W(u"<unclosed"), &out, &error), 0x80004005u);
+  EXPECT_EQ(out, kUntouched);
+  ASSERT_NE(error, kUntouched);
+  const std::string text = dsl_test::utf8(take_text(error));
+  EXPECT_EQ(text.rfind("XML error: [", 0), 0u) << text;
+  EXPECT_EQ(text.substr(text.find("\nFailed to parse explore db config\n")),
+            "\nFailed to parse explore db config\n--tr:Failed to explore oracle instances.\n"
+            "--tr:Oracle manager failed to explore Oracle instances");
+  bool context_logged = false;
+  for (const auto& line : capture.bodies()) {
+    if (line == "oralib| ERR |Failed to explore oracle instances.") context_logged = true;
+  }
+  EXPECT_TRUE(context_logged);
 }
 
 TEST(Exports, MissingOperationIsNamedInTheErrorText) {

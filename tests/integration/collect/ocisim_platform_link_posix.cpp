@@ -1,0 +1,1 @@
+#include "integration/oracle_client/ocisim_platform_posix.cpp"
