@@ -72,6 +72,16 @@ TEST_F(CollectPasswordFile, PasswordFileLineWithNothingBehindFallsBackToThePwdNa
   EXPECT_TRUE(log_with(std::string("Password file: ") + kAsmPasswordFile).empty());
 }
 
+TEST_F(CollectPasswordFile, OutputWithoutAPasswordFileLineFallsBackToThePwdName) {
+  use_scenario_file("collect_database.xml", {{"$VERSION$", "12.1.0.2.0"}});
+  put_pwd_file();
+  printing({"Database unique name: ORCL", "Database name: ORCL", "Oracle home: C:\\app",
+            "Spfile: +DATA/ORCL/PARAMETERFILE/spfile.269.1031050991", "Domain: ",
+            "Start options: open"});
+  EXPECT_EQ(collect(false)->pwdFilePath, pwd_file());
+  EXPECT_EQ(log_with("Start options: open").size(), 1u);  // every line was read
+}
+
 TEST_F(CollectPasswordFile, GarbageOutputFallsBackToThePwdName) {
   use_scenario_file("collect_database.xml");
   put_pwd_file();
