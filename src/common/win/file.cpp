@@ -33,12 +33,14 @@ bool open_writes(uint32_t access, uint32_t disposition) {
 }
 
 // In the data folder a file is opened as itself, never through a link: the folders on the way
-// are checked first, the open does not follow a link at its last part, and what was opened is
-// looked at before anybody writes to it. Answers whether the path lies there.
-bool guard_data_folder_open(const path_holder_t& path, uint32_t& flags) {
+// and what stands at the name are checked first (an open that creates or truncates changes the
+// file before a handle could be looked at), the open does not follow a link at its last part,
+// and what was opened is looked at again before anybody writes to it. Answers whether the path
+// lies there.
+bool guard_data_folder_open(const path_holder_t& path, uint32_t& flags, bool writes) {
   const std::u16string& wide = path.wide();
   if (!lies_in_data_folder(wide)) return false;
-  ensure_safe_folders(wide, /*path_is_folder=*/false, /*create=*/false);
+  check_not_link(wide, writes);
   flags |= kFileFlagOpenReparsePoint;
   return true;
 }
@@ -74,10 +76,11 @@ win_file_ptr_t win_file_t::try_open(const path_holder_t& path, const open_mode_t
   file_op_t op;
   native_handle_t handle = kInvalidNativeHandle;
   uint32_t flags = mode.flags;
-  const bool in_data_folder = guard_data_folder_open(path, flags);
+  const bool writes = open_writes(mode.access, mode.disposition);
+  const bool in_data_folder = guard_data_folder_open(path, flags, writes);
   error = sys::open(path.wide(), mode.access, mode.share, mode.disposition, flags, handle);
   if (in_data_folder) {
-    refuse_opened_link(path, error, handle, open_writes(mode.access, mode.disposition));
+    refuse_opened_link(path, error, handle, writes);
   }
   if (error != 0) return nullptr;
   return std::make_shared<win_file_t>(private_t{}, handle, path);
@@ -115,7 +118,7 @@ win_file_ptr_t win_file_t::open_read_with(const path_holder_t& path, uint32_t fl
   file_op_t op;
   const std::u16string& wide = path.wide();
   native_handle_t handle = kInvalidNativeHandle;
-  const bool in_data_folder = guard_data_folder_open(path, flags);
+  const bool in_data_folder = guard_data_folder_open(path, flags, /*writes=*/false);
   uint32_t error = sys::open(wide, kGenericRead, kFileShareRead, kOpenExisting, flags, handle);
   if (error == kErrorAccessDenied) {
     // Backup semantics pass by the file's own access list where the process may back it up.

@@ -65,9 +65,17 @@ std::string file_name_problem(const std::u16string& name) {
 
 bool is_safe_file_name(const std::u16string& name) { return file_name_problem(name).empty(); }
 
+// The wide form of `utf8`, refusing text that does not come back the same: bytes that are not
+// UTF-8 are widened to a replacement character, which would hide what the name really was.
+static std::u16string strict_from_utf8(const std::string& utf8) {
+  std::u16string wide = util::from_utf8(utf8);
+  if (util::to_utf8(wide) != utf8) throw exc::runtime_exc_t("not UTF-8");
+  return wide;
+}
+
 bool is_safe_file_name(const std::string& utf8_name) {
   try {
-    return is_safe_file_name(util::from_utf8(utf8_name));
+    return is_safe_file_name(strict_from_utf8(utf8_name));
   } catch (const std::exception&) {
     return false;
   }
@@ -82,7 +90,7 @@ void check_file_name(const std::u16string& name, const std::string& what) {
 void check_file_name(const std::string& utf8_name, const std::string& what) {
   std::u16string wide;
   try {
-    wide = util::from_utf8(utf8_name);
+    wide = strict_from_utf8(utf8_name);
   } catch (const std::exception&) {
     throw exc::runtime_exc_t(
         util::fmt_t::format(kRefused, what, std::string("?"), std::string("it is not valid UTF-8")));

@@ -40,7 +40,7 @@ TEST(FileNameRule, APathWithAFolderIsRefused) {
 }
 
 TEST(FileNameRule, ADriveOrAStreamIsRefused) {
-  EXPECT_EQ(file_name_problem(u"C:\\x"), "it contains a path separator");
+  EXPECT_EQ(file_name_problem(u"C:\\x"), "it names a drive or a stream");
   EXPECT_EQ(file_name_problem(u"C:x"), "it names a drive or a stream");
   EXPECT_EQ(file_name_problem(u"x:y"), "it names a drive or a stream");
   EXPECT_EQ(file_name_problem(u"log.txt::$DATA"), "it names a drive or a stream");
