@@ -28,6 +28,13 @@ int entry_link_kind(const std::u16string& path);
 // The same for an open handle (a file opened without following a link).
 int handle_link_kind(native_handle_t handle);
 
+// Windows build only. The descriptor a folder made by the library gets, as SDDL text, and what
+// the folder check says of a descriptor given as SDDL text (owner and access list): empty when
+// it is safe, else the reason; `repairable` is set when only the access list is at fault (the
+// owner is trusted), so that the check would replace the list.
+std::u16string safe_descriptor_text();
+std::string descriptor_problem(const std::u16string& sddl, bool& repairable);
+
 // `path` with "." and ".." folded and a long-path prefix dropped, as the system would resolve it
 // (GetFullPathNameW on Windows); the text itself when that fails.
 std::u16string full_path(const std::u16string& path);

@@ -85,7 +85,7 @@ std::string dacl_problem(PACL dacl, const std::vector<BYTE>& self) {
 
 // The safe descriptor: a protected list that gives SYSTEM, the Administrators and, when the
 // process runs as somebody else, the process's user full control, inherited by all below.
-std::unique_ptr<void, local_free_t> safe_descriptor() {
+std::wstring safe_sddl() {
   std::wstring sddl = L"D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)";
   const std::vector<BYTE> self = process_user_sid();
   if (!self.empty() && !is_well_known(const_cast<BYTE*>(self.data()), WinLocalSystemSid)) {
@@ -97,12 +97,33 @@ std::unique_ptr<void, local_free_t> safe_descriptor() {
       ::LocalFree(text);
     }
   }
+  return sddl;
+}
+
+std::unique_ptr<void, local_free_t> descriptor_of(const std::wstring& sddl) {
   PSECURITY_DESCRIPTOR sd = nullptr;
   if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(sddl.c_str(), SDDL_REVISION_1, &sd,
                                                                nullptr)) {
     return nullptr;
   }
   return std::unique_ptr<void, local_free_t>(sd);
+}
+
+std::unique_ptr<void, local_free_t> safe_descriptor() { return descriptor_of(safe_sddl()); }
+
+// What the check says of an owner and an access list: empty when safe; `repairable` when only
+// the list is at fault.
+std::string owner_and_list_problem(PSID owner, PACL dacl, const std::vector<BYTE>& self,
+                                   bool& repairable) {
+  repairable = false;
+  if (!is_trusted(owner, self)) return "it belongs to another user";
+  const std::string problem = dacl_problem(dacl, self);
+  repairable = !problem.empty();
+  return problem;
+}
+
+std::u16string widened(const std::wstring& text) {
+  return std::u16string(reinterpret_cast<const char16_t*>(text.c_str()), text.size());
 }
 
 int kind_of(const BY_HANDLE_FILE_INFORMATION& info) {
@@ -138,6 +159,7 @@ folder_state_t inspect_folder(const std::u16string& path, std::string& reason) {
   PACL dacl = nullptr;
   PSECURITY_DESCRIPTOR sd = nullptr;
   const std::vector<BYTE> self = process_user_sid();
+  bool repairable = false;
   if (!::GetFileInformationByHandle(h, &info)) {
     reason = "its attributes cannot be read";
     state = folder_state_t::refused;
@@ -153,13 +175,12 @@ folder_state_t inspect_folder(const std::u16string& path, std::string& reason) {
              error != ERROR_SUCCESS) {
     reason = "its security cannot be read (error " + std::to_string(error) + ")";
     state = folder_state_t::refused;
-  } else if (!is_trusted(owner, self)) {
-    reason = "it belongs to another user";
-    state = folder_state_t::refused;
-  } else if (const std::string problem = dacl_problem(dacl, self); !problem.empty()) {
+  } else {
+    reason = owner_and_list_problem(owner, dacl, self, repairable);
+    if (!reason.empty()) state = folder_state_t::refused;
+  }
+  if (state == folder_state_t::refused && repairable) {
     // The owner is one of ours: the list is ours to mend.
-    reason = problem;
-    state = folder_state_t::refused;
     const auto safe = safe_descriptor();
     PACL safe_dacl = nullptr;
     BOOL present = FALSE, defaulted = FALSE;
@@ -226,6 +247,20 @@ std::u16string full_path(const std::u16string& path) {
   const DWORD length = ::GetFullPathNameW(w(text), needed + 1, buffer.data(), nullptr);
   if (length == 0 || length > needed) return path;
   return std::u16string(reinterpret_cast<const char16_t*>(buffer.data()), length);
+}
+
+std::u16string safe_descriptor_text() { return widened(safe_sddl()); }
+
+std::string descriptor_problem(const std::u16string& sddl, bool& repairable) {
+  repairable = false;
+  const auto sd = descriptor_of(std::wstring(sddl.begin(), sddl.end()));
+  if (!sd) return "its security cannot be read";
+  PSID owner = nullptr;
+  BOOL defaulted = FALSE, present = FALSE;
+  PACL dacl = nullptr;
+  ::GetSecurityDescriptorOwner(sd.get(), &owner, &defaulted);
+  ::GetSecurityDescriptorDacl(sd.get(), &present, &dacl, &defaulted);
+  return owner_and_list_problem(owner, present ? dacl : nullptr, process_user_sid(), repairable);
 }
 
 }  // namespace win::sys
