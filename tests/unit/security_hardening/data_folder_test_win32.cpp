@@ -246,6 +246,18 @@ TEST_F(DataFolderWindows, AFolderTheLibraryMakesGetsTheProtectedList) {
 
 TEST_F(DataFolderWindows, AFolderThatLetsEveryoneWriteIsRepairedWhenItsOwnerIsTrusted) {
   ASSERT_TRUE(make_folder_with(sub_, L"D:P(A;OICI;FA;;;WD)(A;OICI;FA;;;SY)"));
+  // Set once more on the folder that now exists: a system that turns a list into file modes
+  // passes the creation's through its mask, but not this one.
+  PSECURITY_DESCRIPTOR wide_open = nullptr;
+  ASSERT_TRUE(::ConvertStringSecurityDescriptorToSecurityDescriptorW(
+      L"D:P(A;OICI;FA;;;WD)(A;OICI;FA;;;SY)", SDDL_REVISION_1, &wide_open, nullptr));
+  BOOL present = FALSE, defaulted = FALSE;
+  PACL list = nullptr;
+  ::GetSecurityDescriptorDacl(wide_open, &present, &list, &defaulted);
+  ::SetNamedSecurityInfoW(const_cast<wchar_t*>(w(sub_)), SE_FILE_OBJECT,
+                          DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION, nullptr,
+                          nullptr, list, nullptr);
+  ::LocalFree(wide_open);
   const descriptor_t before = read_descriptor(sub_);
   ASSERT_TRUE(before.read);
   bool repairable = false;
@@ -255,10 +267,12 @@ TEST_F(DataFolderWindows, AFolderThatLetsEveryoneWriteIsRepairedWhenItsOwnerIsTr
   }
   EXPECT_TRUE(repairable);
   win::win_file_t::create(win::path_holder_t(sub_ + u"\\OracleMeta.xml"))->write(2, "ok");
+  // Read back: nobody but the trusted may write any more. (Whether the list shows itself as
+  // protected depends on the system keeping a descriptor of its own; Wine shows the file mode.)
   const descriptor_t after = read_descriptor(sub_);
-  EXPECT_TRUE(after.is_protected);
+  EXPECT_EQ(win::sys::descriptor_problem(wide(after.text), repairable), "") << after.text;
   EXPECT_EQ(std::find(after.allowed.begin(), after.allowed.end(), "S-1-1-0"), after.allowed.end())
-      << "Everyone's entry is gone";
+      << "Everyone's entry is gone: " << after.text;
 }
 
 TEST_F(DataFolderWindows, AFolderOfAnotherOwnerThatLetsEveryoneWriteIsRefused) {
