@@ -9,6 +9,7 @@
 #include "common/common_lib_ctx.h"
 #include "common/logging/log_start.h"
 #include "common/text/convert.h"
+#include "common/win/file_name_rule.h"
 #include "frame/error_frame.h"
 #include "frame/library_state.h"
 #include "config/oracle_config.h"
@@ -39,6 +40,9 @@ DSL_API DSL_RESULT DSL_CALL OracleVssInitLib(const DSL_WCHAR* logName, DSL_WCHAR
   if (CLibraryState::instance().initialised()) return DSL_S_OK;
   return guarded("Failed to initialize oracle VSS lib.", error, [&] {
     const std::u16string name = copy_arg(logName);
+    // The name becomes a file in the data folder: nothing is touched before it is known to be
+    // one bare file name.
+    win::check_file_name(name, "Log name");
     ctx();
     common::install_file_hooks();
     logging::log_start(name, {});
@@ -173,6 +177,10 @@ DSL_API DSL_RESULT DSL_CALL OracleGetLogsFolder(DSL_WCHAR** folder, DSL_WCHAR** 
 
 DSL_API DSL_RESULT DSL_CALL OracleTest(void* /*reserved1*/, void* /*reserved2*/,
                                        const DSL_WCHAR* logName, DSL_WCHAR** error) {
+  const DSL_RESULT named = guarded("Failed to test oracle.", error, [&] {
+    win::check_file_name(copy_arg(logName), "Log name");
+  });
+  if (named != DSL_S_OK) return named;
   const DSL_RESULT init = OracleVssInitLib(logName, error);
   if (static_cast<int32_t>(init) < 0) return init;
   const DSL_RESULT tested =

@@ -59,6 +59,11 @@ std::vector<token_t> tokenize(const std::string& sql) {
     } else if (c == '"') {
       const size_t close = sql.find('"', i + 1);
       if (close == std::string::npos) throw ora(1740);
+      // Oracle lets no double quote into an identifier, not even a doubled one: a quote right
+      // after the closing one is refused rather than read as a quote inside the name, so a name
+      // built to break out of its quotes never becomes two tokens.
+      if (close + 1 < sql.size() && sql[close + 1] == '"') throw ora(25716);
+      if (close == i + 1) throw ora(1741);
       token.kind = token_kind_t::quoted_identifier;
       token.text = sql.substr(i + 1, close - i - 1);
       i = close + 1;

@@ -4,7 +4,9 @@
 #include "common/logging/zip_writer.h"
 #include "common/text/compare.h"
 #include "common/text/fmt.h"
+#include "common/text/convert.h"
 #include "common/win/path_ops.h"
+#include "common/win/safe_folder.h"
 
 namespace logging {
 
@@ -34,6 +36,9 @@ void check_log_size(receiver::log_file_t& file) {
   if (size < kLogSizeLimit) return;
   const std::string archive = file.path() + ".gz";
   age_file(archive, kArchiveExtension);
+  // The archive is opened by zlib, which follows links: in the data folder nothing may stand
+  // in its place but a plain file (ageing has just moved any away).
+  win::check_not_link(util::from_utf8(archive), /*writes=*/true);
   receiver::zip_writer_t zip(archive);
   file.compress_into(zip);
 }

@@ -6,6 +6,8 @@
 #include "common/text/numbers.h"
 #include "common/win/file_retry.h"
 #include "common/win/file_sys.h"
+#include "common/win/safe_folder.h"
+#include "common/win/safe_folder_sys.h"
 
 namespace win {
 
@@ -24,6 +26,41 @@ const char kResizeTruncFailed[] =
 const char kSizeFailed[] = "WINAPI: Cannot get file size. File: [%1].";
 const char kFlushFailed[] = "Failed to flush file buffers. File: [%1].";
 
+// Whether an open with these parameters may change what it opens.
+bool open_writes(uint32_t access, uint32_t disposition) {
+  return (access & kGenericWrite) != 0 || disposition == kCreateAlways ||
+         disposition == kTruncateExisting;
+}
+
+// In the data folder a file is opened as itself, never through a link: the folders on the way
+// and what stands at the name are checked first (an open that creates or truncates changes the
+// file before a handle could be looked at), the open does not follow a link at its last part,
+// and what was opened is looked at again before anybody writes to it. Answers whether the path
+// lies there.
+bool guard_data_folder_open(const path_holder_t& path, uint32_t& flags, bool writes) {
+  const std::u16string& wide = path.wide();
+  if (!lies_in_data_folder(wide)) return false;
+  check_not_link(wide, writes);
+  flags |= kFileFlagOpenReparsePoint;
+  return true;
+}
+
+// After an open in the data folder: a link (or, for a write, a file with several hard links)
+// is closed again and refused. `error` is the open's answer.
+void refuse_opened_link(const path_holder_t& path, uint32_t error, native_handle_t handle,
+                        bool writes) {
+  if (error == kErrorReparsePointEncountered) {
+    throw exc::runtime_exc_t(link_refused_text(path.wide()));
+  }
+  if (error != 0) return;
+  const int kind = sys::handle_link_kind(handle);
+  if (kind == 1 || (kind == 2 && writes)) {
+    sys::close(handle);
+    throw exc::runtime_exc_t(kind == 1 ? link_refused_text(path.wide())
+                                       : hard_link_refused_text(path.wide()));
+  }
+}
+
 }  // namespace
 
 win_file_t::win_file_t(private_t, native_handle_t handle, path_holder_t path)
@@ -38,7 +75,13 @@ win_file_ptr_t win_file_t::try_open(const path_holder_t& path, const open_mode_t
   path_guard_t guard(path);
   file_op_t op;
   native_handle_t handle = kInvalidNativeHandle;
-  error = sys::open(path.wide(), mode.access, mode.share, mode.disposition, mode.flags, handle);
+  uint32_t flags = mode.flags;
+  const bool writes = open_writes(mode.access, mode.disposition);
+  const bool in_data_folder = guard_data_folder_open(path, flags, writes);
+  error = sys::open(path.wide(), mode.access, mode.share, mode.disposition, flags, handle);
+  if (in_data_folder) {
+    refuse_opened_link(path, error, handle, writes);
+  }
   if (error != 0) return nullptr;
   return std::make_shared<win_file_t>(private_t{}, handle, path);
 }
@@ -75,6 +118,7 @@ win_file_ptr_t win_file_t::open_read_with(const path_holder_t& path, uint32_t fl
   file_op_t op;
   const std::u16string& wide = path.wide();
   native_handle_t handle = kInvalidNativeHandle;
+  const bool in_data_folder = guard_data_folder_open(path, flags, /*writes=*/false);
   uint32_t error = sys::open(wide, kGenericRead, kFileShareRead, kOpenExisting, flags, handle);
   if (error == kErrorAccessDenied) {
     // Backup semantics pass by the file's own access list where the process may back it up.
@@ -85,6 +129,7 @@ win_file_ptr_t win_file_t::open_read_with(const path_holder_t& path, uint32_t fl
     error = sys::open(wide, kGenericRead, kFileShareRead | kFileShareWrite, kOpenExisting, flags,
                       handle);
   }
+  if (in_data_folder) refuse_opened_link(path, error, handle, /*writes=*/false);
   if (error != 0) throw exc::win_sys_exc_t(failure_text, path.narrow_or_empty(), error);
   return std::make_shared<win_file_t>(private_t{}, handle, path);
 }

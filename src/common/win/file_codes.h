@@ -26,6 +26,9 @@ constexpr uint32_t kTruncateExisting = 5;
 constexpr uint32_t kFileAttributeNormal = 0x80;
 constexpr uint32_t kFileFlagBackupSemantics = 0x02000000;
 constexpr uint32_t kFileFlagNoBuffering = 0x20000000;
+// Opens a junction or symbolic link itself instead of what it points to (the host build: the
+// open fails on a link, O_NOFOLLOW).
+constexpr uint32_t kFileFlagOpenReparsePoint = 0x00200000;
 
 // Move methods of seek.
 constexpr uint32_t kFileBegin = 0;
@@ -61,6 +64,7 @@ constexpr uint32_t kErrorFilenameExcedRange = 206;
 constexpr uint32_t kErrorDirectory = 267;
 constexpr uint32_t kErrorIoDevice = 1117;
 constexpr uint32_t kErrorCantResolveFilename = 1921;
+constexpr uint32_t kErrorReparsePointEncountered = 4395;
 }  // namespace error_codes
 using namespace error_codes;
 

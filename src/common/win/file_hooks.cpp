@@ -5,6 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "common/win/path.h"
+#include "common/win/share_root.h"
+
 namespace win {
 
 namespace {
@@ -54,6 +57,11 @@ path_guard_t::path_guard_t(const path_holder_t& path) : path_guard_t(path, path)
 
 path_guard_t::path_guard_t(const path_holder_t& path, const path_holder_t& scope_path) {
   file_hooks_t& hooks = file_hooks();
+  // A share path whose root is not a server and a share could reach another share than the
+  // one whose identity it would be given.
+  if (path.has_wide() ? is_network_path(path.wide()) : is_network_path(path.narrow())) {
+    check_share_root(path.wide());
+  }
   hooks.check_access(path);
   scope_ = hooks.scope_for_path(scope_path);
 }

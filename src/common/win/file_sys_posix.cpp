@@ -65,6 +65,9 @@ uint32_t open(const std::u16string& path, uint32_t access, uint32_t share, uint3
   const bool writes = (access & kGenericWrite) != 0;
   // Read rights come with every open here: the share markers are read locks.
   int mode = (writes ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NOCTTY;
+  const bool no_follow = (flags & kFileFlagOpenReparsePoint) != 0;
+  // Windows opens the link itself and lets the caller look; the host refuses at the open.
+  if (no_follow) mode |= O_NOFOLLOW;
   switch (disposition) {
     case kCreateNew:
       mode |= O_CREAT | O_EXCL;
@@ -86,6 +89,7 @@ uint32_t open(const std::u16string& path, uint32_t access, uint32_t share, uint3
   if (fd < 0) {
     const int error = errno;
     if (error == EEXIST) return kErrorFileExists;
+    if (error == ELOOP && no_follow) return kErrorReparsePointEncountered;
     return host::error_from_errno(error, host);
   }
   struct stat st;

@@ -84,8 +84,9 @@ std::string map_windows_path(const std::u16string& path, const std::string& root
     if (part.empty() || part == u".") {
       // nothing to add
     } else if (part == u".." && parsed.anchor != anchor_t::relative) {
-      // Never above the drive; for a share, never above the server.
-      if (!parts.empty() && !(parsed.anchor == anchor_t::unc && parts.size() == 1)) {
+      // Never above the drive; for a share never above the share, which Windows takes as the
+      // root of the path (and, before the share is named, never above the server).
+      if (!parts.empty() && !(parsed.anchor == anchor_t::unc && parts.size() <= 2)) {
         parts.pop_back();
       }
     } else {

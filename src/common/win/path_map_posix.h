@@ -2,9 +2,9 @@
 // the host, as Wine maps its drives. "C:\a\b" is ROOT/c/a/b, "\\srv\share\x" is
 // ROOT/unc/srv/share/x; the long-path prefixes "\\?\" and "\\?\UNC\" are dropped, "/" and "\"
 // are both separators, "." and ".." are folded as Windows folds them (never above the drive or
-// the share's server). ROOT is $DBSHADOWLINK_ROOT. Only the _posix files of the platform
-// layer (and the test stand-ins that must see the same machine) call this, right at the
-// system call; everything above keeps Windows paths.
+// the share: "\\srv\share" is the root of a path on a share). ROOT is $DBSHADOWLINK_ROOT.
+// Only the _posix files of the platform layer (and the test stand-ins that must see the same
+// machine) call this, right at the system call; everything above keeps Windows paths.
 #pragma once
 #include <string>
 

@@ -11,6 +11,7 @@
 #include "common/win/file_hooks.h"
 #include "common/win/file_sys.h"
 #include "common/win/path.h"
+#include "common/win/safe_folder.h"
 
 namespace win {
 
@@ -59,6 +60,7 @@ bool dir_exists(const path_holder_t& path) { return file_exists(folder_of(path))
 bool remove_file(const path_holder_t& path) {
   path_guard_t guard(path, folder_of(path));
   const std::u16string& wide = path.wide();
+  check_not_link(wide, /*writes=*/true);
   const sys::file_kind_t kind = sys::status(wide);
   if (kind == sys::file_kind_t::not_found) return false;
   const uint32_t error = sys::remove(wide, kind == sys::file_kind_t::directory);
@@ -70,6 +72,8 @@ bool remove_file(const path_holder_t& path) {
 void rename_file(const path_holder_t& from, const path_holder_t& to) {
   path_guard_t guard(from, folder_of(from));
   file_hooks().check_access(to);
+  check_not_link(from.wide(), /*writes=*/true);
+  check_not_link(to.wide(), /*writes=*/true);
   const uint32_t error = sys::rename(from.wide(), to.wide());
   if (error != 0) {
     throw exc::win_sys_exc_t(kRenameFailed, from.narrow_or_empty(), to.narrow_or_empty(),
@@ -81,7 +85,11 @@ uint64_t file_size(const path_holder_t& path) { return win_file_t::open_read(pat
 
 void create_directories(const path_holder_t& path) {
   path_guard_t guard(path);
-  for (const std::u16string& prefix : directory_prefixes(path.wide())) {
+  // The data folder's own folders are made (or found) safe first; the loop then finds them.
+  const std::u16string& wide = path.wide();
+  const bool ends_in_separator = !wide.empty() && (wide.back() == u'\\' || wide.back() == u'/');
+  ensure_safe_folders(wide, ends_in_separator, /*create=*/true);
+  for (const std::u16string& prefix : directory_prefixes(wide)) {
     const sys::file_kind_t kind = sys::status(prefix);
     if (kind != sys::file_kind_t::status_error && kind != sys::file_kind_t::not_found) continue;
     const uint32_t error = sys::create_directory(prefix);
@@ -121,7 +129,9 @@ std::u16string library_temp_folder() {
   if (common_appdata_folder(common) != 0) return temp_path();
   const std::u16string folder =
       join_path_windows(common, std::u16string(product::kDataFolder) + u"\\Tmp\\");
-  if (!file_exists(folder)) create_directories(folder);
+  // Made when missing and, made or found, checked to be the library's own before a temporary
+  // file goes there.
+  create_directories(folder);
   return folder;
 }
 
