@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   (void)scratch;
   const std::string text(reinterpret_cast<const char*>(data), size);
   try {
-    specific::oracle::logs::remove_described_logs(util::from_utf8(text));
+    specific::oracle::logs::remove_described_logs(util::from_utf8(text), u"C:\\Logs");
   } catch (const exc::exc_base_t&) {
   } catch (const std::exception&) {
   }

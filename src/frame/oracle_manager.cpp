@@ -121,10 +121,8 @@ void COracleManager::remove_logs_in_temp(const std::u16string& logsXml) {
   run_operation("Oracle manager failed to remove logs in temp", [&] {
     logging::log_step_t step(logging::oralib(), "Removing oracle logs in temp: %1",
                              util::to_utf8(logsXml));
-    // The folder is read as the operation always has, though the list names every path.
-    const std::u16string folder = COracleConfig::get().tempLogPath;
-    (void)folder;
-    logs::remove_described_logs(logsXml);
+    // Nothing outside the logs folder is ever deleted, whatever the list names.
+    logs::remove_described_logs(logsXml, COracleConfig::get().tempLogPath);
     step.ok();
   });
 }

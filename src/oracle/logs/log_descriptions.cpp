@@ -160,7 +160,16 @@ std::string derived_description_path(const std::string& logPath) {
   return logPath.substr(0, dot) + ".xml";
 }
 
-void remove_described_logs(const std::u16string& logsXml) {
+bool lies_in_logs_folder(const std::string& path, const std::u16string& folder) {
+  std::u16string dir, name;
+  win::split_path(util::from_utf8(path), dir, name);
+  // Only a file directly in the folder: "." and ".." name no file, and a folder that merely
+  // contains them is not the logs folder part by part.
+  return !name.empty() && name != u"." && name != u".." &&
+         win::path_relation(dir, folder) == win::kPathEqual;
+}
+
+void remove_described_logs(const std::u16string& logsXml, const std::u16string& folder) {
   try {
     const std::string text = util::to_utf8(logsXml);
     logging::log_step_t step(logging::oralib(), "Removing oracle logs: %1", text);
@@ -175,7 +184,13 @@ void remove_described_logs(const std::u16string& logsXml) {
           const bool isLogCopied =
               is_log_copied_value(xml::query_attr(element, "isLogCopied", copied) ? &copied
                                                                                   : nullptr);
-          if (isLogCopied && win::file_exists(win::path_holder_t(logPath))) {
+          const bool logInFolder = lies_in_logs_folder(logPath, folder);
+          if (isLogCopied && !logInFolder) {
+            logging::oralib().warn(
+                "Log [%1] does not lie in the logs folder [%2]; it is not deleted.", logPath,
+                util::to_utf8(folder));
+          }
+          if (isLogCopied && logInFolder && win::file_exists(win::path_holder_t(logPath))) {
             logging::oralib().info("Found oracle log to delete: %1", logPath);
             win::remove_file(win::path_holder_t(logPath));
           }
@@ -183,7 +198,11 @@ void remove_described_logs(const std::u16string& logsXml) {
           if (!xml::query_attr(element, "xmlLogPath", xmlLogPath) || xmlLogPath.empty()) {
             xmlLogPath = derived_description_path(logPath);
           }
-          if (win::file_exists(win::path_holder_t(xmlLogPath))) {
+          if (!lies_in_logs_folder(xmlLogPath, folder)) {
+            logging::oralib().warn(
+                "Description [%1] does not lie in the logs folder [%2]; it is not deleted.",
+                xmlLogPath, util::to_utf8(folder));
+          } else if (win::file_exists(win::path_holder_t(xmlLogPath))) {
             win::remove_file(win::path_holder_t(xmlLogPath));
           }
         } catch (const std::exception& e) {

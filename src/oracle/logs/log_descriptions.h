@@ -41,7 +41,16 @@ std::u16string enumerate_descriptions(const std::u16string& folder);
 // not parse, or an element without `logPath`, ends the call with "Failed to save oracle log
 // description". An element without `logPath` stops the walk there: the elements before it are
 // handled, those after it are not.
-void remove_described_logs(const std::u16string& logsXml);
+// Only files that lie directly in `folder`, the logs folder, are ever deleted: every copy and
+// every description that a backup wrote lies there. A path elsewhere (a list naming the
+// database's own log without `isLogCopied`, or any other file of the machine) is logged as a
+// warning and left alone, since this process runs as LocalSystem and the list comes from
+// outside.
+void remove_described_logs(const std::u16string& logsXml, const std::u16string& folder);
+
+// True when `path` names a file directly in `folder` (compared part by part, without regard to
+// case); "." and ".." never do.
+bool lies_in_logs_folder(const std::string& path, const std::u16string& folder);
 
 // The removal's rule for `isLogCopied`: missing, or any value but "false" and "0" (any case),
 // reads as true.

@@ -123,7 +123,7 @@ TEST_F(LogDescriptionsTest, RemoveDeletesTheCopyAndItsDescription) {
   auto a = std::make_shared<SArchLogInfo>(sample("a"));
   folder_.raw_write(u"a", "log bytes");
   const std::u16string list = write_descriptions({a}, "t");
-  remove_described_logs(list);
+  remove_described_logs(list, folder_.base());
   EXPECT_FALSE(folder_.raw_exists(u"a"));
   EXPECT_FALSE(folder_.raw_exists(u"a.xml"));
 }
@@ -132,7 +132,7 @@ TEST_F(LogDescriptionsTest, RemoveKeepsALogThatWasNotCopied) {
   auto a = std::make_shared<SArchLogInfo>(sample("own.arc"));
   a->isLogCopied = false;
   folder_.raw_write(u"own.arc", "the database's own file");
-  remove_described_logs(write_descriptions({a}, "t"));
+  remove_described_logs(write_descriptions({a}, "t"), folder_.base());
   EXPECT_TRUE(folder_.raw_exists(u"own.arc"));
   EXPECT_FALSE(folder_.raw_exists(u"own.arc.xml"));
 }
@@ -141,7 +141,7 @@ TEST_F(LogDescriptionsTest, RemoveWithoutXmlLogPathDeletesThePathWithXmlAdded) {
   folder_.raw_write(u"{g}", "log");
   folder_.raw_write(u"{g}.xml", "desc");
   remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"{g}") +
-                        u"\" isLogCopied=\"true\"/></archived_logs>");
+                        u"\" isLogCopied=\"true\"/></archived_logs>", folder_.base());
   EXPECT_FALSE(folder_.raw_exists(u"{g}"));
   EXPECT_FALSE(folder_.raw_exists(u"{g}.xml"));
 }
@@ -150,7 +150,7 @@ TEST_F(LogDescriptionsTest, RemoveWithoutXmlLogPathReplacesTheExtension) {
   folder_.raw_write(u"log.arc", "log");
   folder_.raw_write(u"log.xml", "desc");
   remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"log.arc") +
-                        u"\" xmlLogPath=\"\"/></archived_logs>");
+                        u"\" xmlLogPath=\"\"/></archived_logs>", folder_.base());
   EXPECT_FALSE(folder_.raw_exists(u"log.arc"));
   EXPECT_FALSE(folder_.raw_exists(u"log.xml"));
 }
@@ -158,8 +158,55 @@ TEST_F(LogDescriptionsTest, RemoveWithoutXmlLogPathReplacesTheExtension) {
 TEST_F(LogDescriptionsTest, RemoveWithoutIsLogCopiedDeletesTheLog) {
   folder_.raw_write(u"x", "log");
   remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"x") +
-                        u"\"/></archived_logs>");
+                        u"\"/></archived_logs>", folder_.base());
   EXPECT_FALSE(folder_.raw_exists(u"x"));
+}
+
+TEST_F(LogDescriptionsTest, RemoveNeverDeletesALogOutsideTheLogsFolder) {
+  // A list naming the database's own log without isLogCopied must not cost the database it.
+  folder_.raw_mkdir(u"logs");
+  folder_.raw_mkdir(u"arch");
+  folder_.raw_write(u"arch\\ORCL_1_7.ARC", "the database's own log");
+  folder_.raw_write(u"arch\\ORCL_1_7.xml", "not ours either");
+  remove_described_logs(u"<archived_logs><archived_log logPath=\"" +
+                            folder_.path(u"arch\\ORCL_1_7.ARC") + u"\"/></archived_logs>",
+                        folder_.path(u"logs"));
+  EXPECT_TRUE(folder_.raw_exists(u"arch\\ORCL_1_7.ARC"));
+  EXPECT_TRUE(folder_.raw_exists(u"arch\\ORCL_1_7.xml"));
+}
+
+TEST_F(LogDescriptionsTest, RemoveDoesNotClimbOutOfTheLogsFolderWithDots) {
+  folder_.raw_mkdir(u"logs");
+  folder_.raw_write(u"victim", "a file of the machine");
+  folder_.raw_write(u"victim.xml", "another");
+  remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"logs\\..\\victim") +
+                            u"\" xmlLogPath=\"" + folder_.path(u"logs\\..\\victim.xml") +
+                            u"\"/></archived_logs>",
+                        folder_.path(u"logs"));
+  EXPECT_TRUE(folder_.raw_exists(u"victim"));
+  EXPECT_TRUE(folder_.raw_exists(u"victim.xml"));
+}
+
+TEST_F(LogDescriptionsTest, RemoveDeletesTheDescriptionInTheFolderOfALogOutsideIt) {
+  folder_.raw_mkdir(u"logs");
+  folder_.raw_write(u"own.arc", "the database's own log");
+  folder_.raw_write(u"logs\\{g}.xml", "desc");
+  remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"own.arc") +
+                            u"\" xmlLogPath=\"" + folder_.path(u"logs\\{g}.xml") +
+                            u"\"/></archived_logs>",
+                        folder_.path(u"logs"));
+  EXPECT_TRUE(folder_.raw_exists(u"own.arc"));
+  EXPECT_FALSE(folder_.raw_exists(u"logs\\{g}.xml"));
+}
+
+TEST_F(LogDescriptionsTest, LiesInLogsFolderTakesDirectChildrenOnly) {
+  EXPECT_TRUE(lies_in_logs_folder("C:\\L\\{g}", u"C:\\L\\"));
+  EXPECT_TRUE(lies_in_logs_folder("c:/l/{g}.xml", u"C:\\L"));
+  EXPECT_FALSE(lies_in_logs_folder("C:\\L\\sub\\{g}", u"C:\\L"));
+  EXPECT_FALSE(lies_in_logs_folder("C:\\L\\..\\x", u"C:\\L"));
+  EXPECT_FALSE(lies_in_logs_folder("C:\\L\\.", u"C:\\L"));
+  EXPECT_FALSE(lies_in_logs_folder("C:\\Windows\\x", u"C:\\L"));
+  EXPECT_FALSE(lies_in_logs_folder("x", u"C:\\L"));
 }
 
 TEST_F(LogDescriptionsTest, IsLogCopiedReadsFalseAndZeroInAnyCaseAsFalse) {
@@ -186,7 +233,7 @@ TEST_F(LogDescriptionsTest, RemoveOfTheRestoreElementStopsThereAndFails) {
   const std::u16string list = u"<archived_logs><archived_log logPath=\"" + folder_.path(u"first") +
                               u"\"/><restore dbPrepareXml=\"x\"/><archived_log logPath=\"" +
                               folder_.path(u"last") + u"\"/></archived_logs>";
-  const std::string text = logs_test::thrown_text([&] { remove_described_logs(list); });
+  const std::string text = logs_test::thrown_text([&] { remove_described_logs(list, folder_.base()); });
   EXPECT_NE(text.find("Attribute value is not specified. Attribute: [logPath]."),
             std::string::npos)
       << text;
@@ -197,8 +244,8 @@ TEST_F(LogDescriptionsTest, RemoveOfTheRestoreElementStopsThereAndFails) {
 
 TEST_F(LogDescriptionsTest, RemoveOfAnEmptyListDeletesNothing) {
   folder_.raw_write(u"keep", "log");
-  remove_described_logs(u"<archived_logs/>");
-  remove_described_logs(u"<!-- nothing -->");
+  remove_described_logs(u"<archived_logs/>", folder_.base());
+  remove_described_logs(u"<!-- nothing -->", folder_.base());
   EXPECT_TRUE(folder_.raw_exists(u"keep"));
 }
 
@@ -207,7 +254,7 @@ TEST_F(LogDescriptionsTest, RemoveOfTextThatIsNotXmlFailsAndDeletesNothing) {
   for (const std::u16string& bad : {std::u16string(u"not xml at all <"), std::u16string(),
                                     u"<archived_logs><archived_log logPath=\"" +
                                         folder_.path(u"keep") + u"\">"}) {
-    const std::string text = logs_test::thrown_text([&] { remove_described_logs(bad); });
+    const std::string text = logs_test::thrown_text([&] { remove_described_logs(bad, folder_.base()); });
     EXPECT_NE(text.find("Failed to save oracle log description"), std::string::npos) << text;
   }
   EXPECT_TRUE(folder_.raw_exists(u"keep"));
@@ -222,7 +269,7 @@ TEST_F(LogDescriptionsTest, RemoveOfFiftyThousandElementsHandlesEveryOne) {
   }
   list += u"</archived_logs>";
   folder_.raw_write(u"unlisted", "log");
-  remove_described_logs(list);
+  remove_described_logs(list, folder_.base());
   for (int i = 9999; i < 50000; i += 10000) {
     EXPECT_FALSE(folder_.raw_exists(u"log" + w(std::to_string(i))));
   }
@@ -235,7 +282,7 @@ TEST_F(LogDescriptionsTest, RemoveGoesOnAfterOneElementFails) {
   folder_.raw_write(u"after", "log");
   remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"busy") +
                         u"\"/><archived_log logPath=\"" + folder_.path(u"after") +
-                        u"\"/></archived_logs>");
+                        u"\"/></archived_logs>", folder_.base());
   EXPECT_TRUE(folder_.raw_exists(u"busy"));
   EXPECT_FALSE(folder_.raw_exists(u"after"));
 }
