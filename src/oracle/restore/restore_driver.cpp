@@ -37,7 +37,7 @@ void CRestoreDriver::do_restore() {
   // comes first, whether or not there is anything to restore.
   const uint32_t waitSec = COracleConfig::get().restoreWaitInSec;
   logging::oralib().info("Waiting for %1 sec", std::to_string(waitSec));
-  restore_sleep(waitSec * 1000u);
+  if (waitSec != 0) restore_sleep(waitSec * 1000u);
   const std::u16string path = CDbsBackupXml::meta_path();
   std::u16string document;
   conn_t conn;
