@@ -177,24 +177,30 @@ void CDbsBackupXml::load_meta(const std::u16string& path, std::u16string& docume
       got += n;
     }
     text.resize(got);
-    const xml::xml_doc_ptr_t doc = xml::parse(text);
-    const xml::xml_node_ref_t root = xml::child(xml::root_ref(doc), "restore");
-    document = util::to_unicode(util::base64_decode(xml::attr(root, "dbPrepareXml")));
-    std::string block;
-    if (xml::query_attr(root, "conn", block)) {
-      crypto::deserialize_protected(block, conn.first, conn.second);
-    }
-    if (xml::query_attr(root, "os_conn", block)) {
-      std::string user;
-      std::string password;
-      if (crypto::deserialize_protected(block, user, password)) {
-        osUser = util::to_unicode(user);
-        osPassword = util::to_unicode(password);
-      }
-    }
+    read_meta_text(text, document, conn, osUser, osPassword);
   } catch (const std::exception& e) {
     exc::log_warn(logging::oralib(), "Failed to get restore meta content: %1",
                   util::to_utf8(path), e);
+  }
+}
+
+void CDbsBackupXml::read_meta_text(const std::string& text, std::u16string& document,
+                                   conn_t& conn, std::u16string& osUser,
+                                   std::u16string& osPassword) {
+  const xml::xml_doc_ptr_t doc = xml::parse(text);
+  const xml::xml_node_ref_t root = xml::child(xml::root_ref(doc), "restore");
+  document = util::to_unicode(util::base64_decode(xml::attr(root, "dbPrepareXml")));
+  std::string block;
+  if (xml::query_attr(root, "conn", block)) {
+    crypto::deserialize_protected(block, conn.first, conn.second);
+  }
+  if (xml::query_attr(root, "os_conn", block)) {
+    std::string user;
+    std::string password;
+    if (crypto::deserialize_protected(block, user, password)) {
+      osUser = util::to_unicode(user);
+      osPassword = util::to_unicode(password);
+    }
   }
 }
 

@@ -70,6 +70,11 @@ class CDbsBackupXml {
   // as far as they came. Never throws.
   static void load_meta(const std::u16string& path, std::u16string& document, conn_t& conn,
                         std::u16string& osUser, std::u16string& osPassword);
+  // The content of a meta file: the document and the credential blocks, which load as empty
+  // strings. Throws on text that is no XML or has no `restore` with `dbPrepareXml`; the outputs
+  // are filled as far as reading came.
+  static void read_meta_text(const std::string& text, std::u16string& document, conn_t& conn,
+                             std::u16string& osUser, std::u16string& osPassword);
   // Deletes the meta file when it exists; a failure is the warning
   // "Failed to remove restore meta file: %1". Never throws.
   static void remove_meta(const std::u16string& path);
