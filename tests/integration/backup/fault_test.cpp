@@ -113,9 +113,10 @@ class FaultTest : public backup_test_t {
     ASSERT_EQ(run_command(command), 0) << command;
     if (!fault_sid.empty()) add_fault(dir_ / "copy.xml", fault_sid, fault_sql);
     // The copy becomes the test's machine: the helpers read machine.state.
-    std::filesystem::copy_file(dir_ / "copy.xml", dir_ / "machine.xml",
-                               std::filesystem::copy_options::overwrite_existing);
+    // Removed first: MinGW's copy_file refuses to overwrite even when told to.
     std::error_code ignored;
+    std::filesystem::remove(dir_ / "machine.xml", ignored);
+    std::filesystem::copy_file(dir_ / "copy.xml", dir_ / "machine.xml");
     std::filesystem::remove(dir_ / "machine.state", ignored);
     config().tempLogPath = folder_->path(u"image\\OracleLogBackup\\");
     apply_config();

@@ -110,8 +110,9 @@ TEST_F(RoadTest, PrepareSnapshotFinishAndRestoreOnTheCopy) {
   COracleManager::instance().do_restore();
   const std::filesystem::path state = dir_ / "copy.xml.state";
   ASSERT_TRUE(std::filesystem::exists(state));
-  std::filesystem::copy_file(state, dir_ / "machine.state",
-                             std::filesystem::copy_options::overwrite_existing);
+  // Removed first: MinGW's copy_file refuses to overwrite even when told to.
+  std::filesystem::remove(dir_ / "machine.state");
+  std::filesystem::copy_file(state, dir_ / "machine.state");
   for (const char* sid : {"BK", "NOARC", "CDB1", "ASMW", "REFUSE"}) {
     EXPECT_EQ(state_of(sid), "open") << sid;
     EXPECT_FALSE(in_backup(sid)) << sid;

@@ -23,6 +23,28 @@
 
 namespace {
 
+// Copies the folder `from` into `to` with everything below it, file by file (the recursive
+// copy of some standard libraries refuses a target folder that exists).
+bool copy_folder(const std::filesystem::path& from, const std::filesystem::path& to,
+                 std::error_code& error) {
+  namespace fs = std::filesystem;
+  fs::create_directories(to, error);
+  if (error) return false;
+  for (fs::recursive_directory_iterator it(from, error), end; !error && it != end; it.increment(error)) {
+    const fs::path target = to / fs::relative(it->path(), from, error);
+    if (error) return false;
+    if (it->is_directory(error)) {
+      fs::create_directories(target, error);
+    } else {
+      // Removed first: not every standard library overwrites when told to.
+      fs::remove(target, error);
+      if (!error) fs::copy_file(it->path(), target, error);
+    }
+    if (error) return false;
+  }
+  return !error;
+}
+
 int usage() {
   std::fprintf(stderr,
                "usage: ocisim-image SCENARIO TARGET [--state FILE] [--copy FROM TO]... [--polls N]\n");
@@ -61,12 +83,7 @@ int main(int argc, char** argv) {
       copy = machine.root();
       for (const auto& c : copies) {
         std::error_code error;
-        std::filesystem::create_directories(c.second, error);
-        std::filesystem::copy(c.first, c.second,
-                              std::filesystem::copy_options::recursive |
-                                  std::filesystem::copy_options::overwrite_existing,
-                              error);
-        if (error) {
+        if (!copy_folder(c.first, c.second, error)) {
           std::fprintf(stderr, "ocisim-image: cannot copy %s to %s: %s\n", c.first.c_str(),
                        c.second.c_str(), error.message().c_str());
           return 1;
