@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "common/exc/exc_log.h"
 #include "common/exc/rethrow.h"
 #include "common/logging/log_step.h"
 #include "common/text/convert.h"
@@ -74,8 +75,14 @@ std::u16string COracleManager::prepare(const std::u16string& configXml, const co
                                        const std::u16string& osPassword) {
   return run_operation("Oracle manager failed to prepare dbs for backup", [&]() -> std::u16string {
     const std::u16string document = CDbsBackupPrepare::prepare_all(configXml, conn);
-    // A meta file that cannot be saved is logged there and fails nothing.
-    CDbsBackupXml::save_meta(CDbsBackupXml::meta_path(), document, conn, osUser, osPassword);
+    // A meta file that cannot be saved fails nothing: the databases are prepared by now, and
+    // the caller needs the document to finish them. That holds for a temp folder that cannot
+    // be made as well as for a file that cannot be written.
+    try {
+      CDbsBackupXml::save_meta(CDbsBackupXml::meta_path(), document, conn, osUser, osPassword);
+    } catch (const std::exception& e) {
+      exc::log_warn(logging::oralib(), "Failed to save oracle backup meta", e);
+    }
     return document;
   });
 }
@@ -83,8 +90,14 @@ std::u16string COracleManager::prepare(const std::u16string& configXml, const co
 void COracleManager::finish(const std::u16string& dbPrepareXml, const conn_t& conn) {
   run_operation("Oracle manager failed to finish dbs backup", [&] {
     CDbsBackupFinish::finish_all(dbPrepareXml, conn, /*restore=*/false);
-    // A normal end of a backup leaves no meta file behind: it lives only in the snapshot.
-    CDbsBackupXml::remove_meta(CDbsBackupXml::meta_path());
+    // A normal end of a backup leaves no meta file behind: it lives only in the snapshot. The
+    // databases are finished by now, so a temp folder that cannot be made is only logged.
+    try {
+      CDbsBackupXml::remove_meta(CDbsBackupXml::meta_path());
+    } catch (const std::exception& e) {
+      exc::log_warn(logging::oralib(), "Failed to remove restore meta file: %1",
+                    util::to_utf8(COracleConfig::get().tempLogPath), e);
+    }
   });
 }
 

@@ -188,3 +188,27 @@ TEST_F(FinishTest, ManagerFinishWithoutMetaFileEndsNormally) {
 
 }  // namespace
 }  // namespace backup_test
+
+namespace backup_test {
+namespace {
+
+class MetaFolderTest : public backup_test_t {};
+
+TEST_F(MetaFolderTest, PrepareWhoseTempFolderCannotBeMadeStillReturnsItsDocument) {
+  // A file where the temp folder should be: the folder cannot be made, the meta not written.
+  folder_->raw_write(u"blocked", "x");
+  config().tempLogPath = folder_->path(u"blocked\\logs\\");
+  apply_config();
+  db_t d;
+  d.sid = "ORCL";
+  use_machine({d});
+  std::u16string document;
+  EXPECT_NO_THROW(document = specific::oracle::COracleManager::instance().prepare(u"", {}, u"", u""));
+  EXPECT_EQ(document, u"<databases />");  // no registry here: no instance found
+  EXPECT_TRUE(log_has("WARN|Failed to save oracle backup meta"));
+  EXPECT_NO_THROW(specific::oracle::COracleManager::instance().finish(document, {}));
+  EXPECT_TRUE(log_contains("Failed to remove restore meta file: "));
+}
+
+}  // namespace
+}  // namespace backup_test
