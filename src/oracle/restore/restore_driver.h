@@ -14,8 +14,11 @@ class CRestoreDriver {
  public:
   // True when the meta file exists; creates the temp log folder on the way.
   static bool restore_required();
-  // The whole restore. Fails only when the logon or the impersonation of an account named by
-  // the meta file fails (the databases are then untouched and the file gone).
+  // The whole restore. Fails when the logon or the impersonation of an account named by the
+  // meta file fails, and when the document the file held cannot be read (a dbPrepareXml whose
+  // base64 stops early gives a shortened text that is no document): in both cases no database
+  // has been touched, and the file is gone, so the restore is not tried again at the next boot.
+  // A file that cannot be read at all is only a warning: nothing is restored.
   static void do_restore();
   // The walk after the meta file was read: under `osUser` when one is named, else on the
   // process's identity. An empty document is an empty list of databases.
