@@ -2,11 +2,15 @@
 
 #include <iostream>
 
+#include "common/exc/exc_log.h"
 #include "common/exc/rethrow.h"
 #include "common/logging/log_step.h"
 #include "common/text/convert.h"
 #include "frame/console_pause.h"
 #include "config/oracle_config.h"
+#include "oracle/backup/backup_finish.h"
+#include "oracle/backup/backup_prepare.h"
+#include "oracle/backup/dbs_backup_xml.h"
 #include "oracle/client/oracle_query.h"
 #include "oracle/client/oracle_session.h"
 #include "oracle/client/session_holder.h"
@@ -15,6 +19,7 @@
 #include "oracle/logs/log_backup.h"
 #include "oracle/logs/log_deletion.h"
 #include "oracle/logs/log_descriptions.h"
+#include "oracle/restore/restore_driver.h"
 
 namespace specific::oracle {
 
@@ -76,16 +81,35 @@ void COracleManager::delete_logs_by_size(const std::u16string& home, const std::
   });
 }
 
-std::u16string COracleManager::prepare(const std::u16string& /*configXml*/, const conn_t& /*conn*/,
-                                       const std::u16string& /*osUser*/,
-                                       const std::u16string& /*osPassword*/) {
-  return run_operation("Oracle manager failed to prepare dbs for backup",
-                       []() -> std::u16string { operation_not_available("prepare"); });
+std::u16string COracleManager::prepare(const std::u16string& configXml, const conn_t& conn,
+                                       const std::u16string& osUser,
+                                       const std::u16string& osPassword) {
+  return run_operation("Oracle manager failed to prepare dbs for backup", [&]() -> std::u16string {
+    const std::u16string document = CDbsBackupPrepare::prepare_all(configXml, conn);
+    // A meta file that cannot be saved fails nothing: the databases are prepared by now, and
+    // the caller needs the document to finish them. That holds for a temp folder that cannot
+    // be made as well as for a file that cannot be written.
+    try {
+      CDbsBackupXml::save_meta(CDbsBackupXml::meta_path(), document, conn, osUser, osPassword);
+    } catch (const std::exception& e) {
+      exc::log_warn(logging::oralib(), "Failed to save oracle backup meta", e);
+    }
+    return document;
+  });
 }
 
-void COracleManager::finish(const std::u16string& /*dbPrepareXml*/, const conn_t& /*conn*/) {
-  run_operation("Oracle manager failed to finish dbs backup",
-                [] { operation_not_available("finish"); });
+void COracleManager::finish(const std::u16string& dbPrepareXml, const conn_t& conn) {
+  run_operation("Oracle manager failed to finish dbs backup", [&] {
+    CDbsBackupFinish::finish_all(dbPrepareXml, conn, /*restore=*/false);
+    // A normal end of a backup leaves no meta file behind: it lives only in the snapshot. The
+    // databases are finished by now, so a temp folder that cannot be made is only logged.
+    try {
+      CDbsBackupXml::remove_meta(CDbsBackupXml::meta_path());
+    } catch (const std::exception& e) {
+      exc::log_warn(logging::oralib(), "Failed to remove restore meta file: %1",
+                    util::to_utf8(COracleConfig::get().tempLogPath), e);
+    }
+  });
 }
 
 std::u16string COracleManager::backup_logs(const std::u16string& home, const std::u16string& sid,
@@ -129,13 +153,14 @@ void COracleManager::remove_logs_in_temp(const std::u16string& logsXml) {
 
 bool COracleManager::restore_required() {
   return run_operation("Oracle manager failed to check if restore required",
-                       []() -> bool { operation_not_available("restore required"); });
+                       []() -> bool { return CRestoreDriver::restore_required(); });
 }
 
 void COracleManager::do_restore() {
   run_operation("Oracle manager failed to do db restore", [] {
     logging::log_step_t step(logging::oralib(), "Performing oracle db restore");
-    operation_not_available("do restore");
+    CRestoreDriver::do_restore();
+    step.ok();
   });
 }
 

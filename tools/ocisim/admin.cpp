@@ -54,6 +54,7 @@ void server_startup(session_info_t& session, std::uint32_t mode, std::uint32_t f
   instance.set("startups", std::to_string(startup_count(instance) + 1));
   instance.set("opened_once", "no");
   instance.set("startup_time", date_text(machine_now(machine.root())));
+  pdbs_after_startup(instance);
   machine.save();
   session.incarnation = startup_count(instance);
   session.idle = false;

@@ -123,6 +123,11 @@ const std::map<int, const char*>& catalog() {
       {65011, "Pluggable database %s does not exist."},
       {65019, "pluggable database %s already open"},
       {65020, "pluggable database %s already closed"},
+      {65103, "UPGRADE cannot be specified for PDBs being open in READ ONLY mode"},
+      {65017, "seed pluggable database may not be dropped or altered"},
+      {65054, "Cannot open a pluggable database in the desired mode."},
+      {65090, "operation only allowed in a container database"},
+      {65148, "cannot FORCE open a pluggable database to or from upgrade mode"},
   };
   return messages;
 }

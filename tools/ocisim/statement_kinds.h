@@ -16,6 +16,14 @@ namespace ocisim {
 void alter_database(machine_t& machine, node_t& instance, session_info_t& session,
                     token_reader_t& reader);
 
+// ALTER PLUGGABLE DATABASE name OPEN [READ WRITE | READ ONLY] [RESTRICTED] [FORCE] |
+// OPEN [READ WRITE] UPGRADE [RESTRICTED] | CLOSE [IMMEDIATE | ABORT]
+void alter_pluggable_database(node_t& instance, session_info_t& session, token_reader_t& reader);
+
+// Every plugged database of a container database as a start leaves it: MOUNTED, the seed READ
+// ONLY, one with a saved state (attribute saved_state) in that mode.
+void pdbs_after_startup(node_t& instance);
+
 // ALTER SYSTEM ARCHIVE LOG CURRENT | ALL, ALTER SYSTEM SWITCH LOGFILE
 void alter_system(machine_t& machine, node_t& instance, session_info_t& session,
                   token_reader_t& reader);

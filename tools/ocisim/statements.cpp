@@ -113,6 +113,12 @@ execution_t server_execute(session_info_t& session, const std::string& sql,
       machine.save();
       return result;
     }
+    if (reader.accept_word("PLUGGABLE")) {
+      if (!reader.accept_word("DATABASE")) throw ora(900);
+      alter_pluggable_database(instance, session, reader);
+      machine.save();
+      return result;
+    }
     if (reader.accept_word("SYSTEM")) {
       alter_system(machine, instance, session, reader);
       machine.save();

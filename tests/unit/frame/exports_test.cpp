@@ -39,11 +39,6 @@ std::vector<export_case_t> failing_exports() {
        }},
       {"OracleEnumLogs", "Failed to enum oracle logs.", "Oracle manager failed to enum logs",
        [](DSL_WCHAR** out, DSL_WCHAR** err) { return OracleEnumLogs(out, err); }},
-      {"OraclePrepareDbsForBackup", "Failed to prepare dbs for backup",
-       "Oracle manager failed to prepare dbs for backup",
-       [e](DSL_WCHAR** out, DSL_WCHAR** err) { return OraclePrepareDbsForBackup(e, e, e, e, e, out, err); }},
-      {"OracleFinishDbsBackup", "Failed to finish dbs backup", "Oracle manager failed to finish dbs backup",
-       [e](DSL_WCHAR**, DSL_WCHAR** err) { return OracleFinishDbsBackup(e, e, e, err); }},
       {"OracleDeleteLogsByTime", "Failed to delete oracle logs by time",
        "Oracle manager failed to delete archived logs by time",
        [e](DSL_WCHAR**, DSL_WCHAR** err) { return OracleDeleteLogsByTime(e, W(u"ORCL"), 60, e, e, err); }},
@@ -52,16 +47,6 @@ std::vector<export_case_t> failing_exports() {
        [e](DSL_WCHAR**, DSL_WCHAR** err) { return OracleDeleteLogsBySize(e, W(u"ORCL"), 1u << 20, e, e, err); }},
       {"OracleRemoveLogsInTemp", "Failed to remove oracle logs.", "Oracle manager failed to remove logs in temp",
        [](DSL_WCHAR**, DSL_WCHAR** err) { return OracleRemoveLogsInTemp(W(u"<archived_logs/>"), err); }},
-      {"OracleIsRestoreRequired", "Failed to check if restore required",
-       "Oracle manager failed to check if restore required",
-       [](DSL_WCHAR**, DSL_WCHAR** err) {
-         uint8_t required = 7;
-         const DSL_RESULT rc = OracleIsRestoreRequired(&required, err);
-         EXPECT_EQ(required, 7);
-         return rc;
-       }},
-      {"OracleDoRestore", "Failed to do oracle restore", "Oracle manager failed to do db restore",
-       [](DSL_WCHAR**, DSL_WCHAR** err) { return OracleDoRestore(err); }},
   };
 }
 
