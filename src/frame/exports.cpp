@@ -20,7 +20,6 @@
 using specific::oracle::COracleManager;
 using specific::oracle::CVssState;
 using specific::oracle::conn_t;
-using specific::oracle::operation_not_available;
 using specific::oracle::frame::CLibraryState;
 using specific::oracle::frame::copy_arg;
 using specific::oracle::frame::guarded;

@@ -37,11 +37,6 @@ auto run_operation(const char* failure_line, Body&& body) -> decltype(body()) {
 
 }  // namespace
 
-void operation_not_available(const char* operation) {
-  throw exc::runtime_exc_t("The operation [%1] is not available in this build of the library.",
-                           operation);
-}
-
 COracleManager& COracleManager::instance() {
   static COracleManager manager;
   return manager;

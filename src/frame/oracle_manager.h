@@ -1,7 +1,6 @@
 // COracleManager: the operations behind the exports. Each gives its work a log step where it
 // has one, builds what the subsystem needs, and on failure adds one trace line naming the
 // operation. It holds no data; every object an operation builds lives for that operation.
-// An operation whose subsystem is not part of this build fails with a text that names it.
 #pragma once
 #include <cstdint>
 #include <string>
@@ -32,8 +31,5 @@ class COracleManager {
   void do_restore();
   void test();
 };
-
-// Thrown by an operation whose subsystem this build does not have yet.
-[[noreturn]] void operation_not_available(const char* operation);
 
 }  // namespace specific::oracle

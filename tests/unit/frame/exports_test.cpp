@@ -3,6 +3,8 @@
 // the end answer from the process-wide VSS state and gather list.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -37,8 +39,6 @@ std::vector<export_case_t> failing_exports() {
        [e](DSL_WCHAR** out, DSL_WCHAR** err) {
          return OracleBackupLogs(W(u"C:\\h"), W(u"ORCL"), W(u"1"), W(u"2"), e, e, out, err);
        }},
-      {"OracleEnumLogs", "Failed to enum oracle logs.", "Oracle manager failed to enum logs",
-       [](DSL_WCHAR** out, DSL_WCHAR** err) { return OracleEnumLogs(out, err); }},
       {"OracleDeleteLogsByTime", "Failed to delete oracle logs by time",
        "Oracle manager failed to delete archived logs by time",
        [e](DSL_WCHAR**, DSL_WCHAR** err) { return OracleDeleteLogsByTime(e, W(u"ORCL"), 60, e, e, err); }},
@@ -46,7 +46,7 @@ std::vector<export_case_t> failing_exports() {
        "Oracle manager failed to delete archived logs by time",
        [e](DSL_WCHAR**, DSL_WCHAR** err) { return OracleDeleteLogsBySize(e, W(u"ORCL"), 1u << 20, e, e, err); }},
       {"OracleRemoveLogsInTemp", "Failed to remove oracle logs.", "Oracle manager failed to remove logs in temp",
-       [](DSL_WCHAR**, DSL_WCHAR** err) { return OracleRemoveLogsInTemp(W(u"<archived_logs/>"), err); }},
+       [](DSL_WCHAR**, DSL_WCHAR** err) { return OracleRemoveLogsInTemp(W(u"<archived_logs"), err); }},
   };
 }
 
@@ -60,7 +60,7 @@ TEST(Exports, EachFailingExportLogsItsContextAndLeavesItsOutUnwritten) {
     EXPECT_EQ(out, kUntouched);
     ASSERT_NE(error, kUntouched);
     const std::string text = dsl_test::utf8(take_text(error));
-    EXPECT_NE(text.find("is not available in this build of the library."), std::string::npos) << text;
+    EXPECT_FALSE(text.empty());
     if (*c.failure_line != '\0') {
       const std::string last = text.substr(text.rfind('\n') + 1);
       EXPECT_EQ(last, std::string("--tr:") + c.failure_line);
@@ -92,16 +92,6 @@ TEST(Exports, ExploreWithAnInputThatIsNoXmlLogsItsContextAndLeavesItsOutUnwritte
   EXPECT_TRUE(context_logged);
 }
 
-TEST(Exports, MissingOperationIsNamedInTheErrorText) {
-  DSL_WCHAR* xml = kUntouched;
-  DSL_WCHAR* error = nullptr;
-  ASSERT_EQ(OracleEnumLogs(&xml, &error), DSL_E_FAIL);
-  EXPECT_EQ(xml, kUntouched);
-  EXPECT_EQ(take_text(error),
-            u"The operation [enumerate logs] is not available in this build of the library.\n"
-            u"--tr:Oracle manager failed to enum logs");
-}
-
 TEST(Exports, LogsFolderAnswersTheConfiguredPathAndLeavesTheErrorUnwritten) {
   DSL_WCHAR* folder = kUntouched;
   DSL_WCHAR* error = kUntouched;
@@ -116,10 +106,13 @@ TEST(Exports, ManagerStepsEndFailedInTheLog) {
   DSL_WCHAR* error = nullptr;
   ASSERT_EQ(OracleDeleteLogsBySize(W(u"C:\\h"), W(u"ORCL"), 5, W(u""), W(u""), &error), DSL_E_FAIL);
   OracleLibStrFree(error);
+  // This program's machine has no client library: the session fails inside the step.
   const auto lines = capture.bodies();
   ASSERT_GE(lines.size(), 2u);
-  EXPECT_EQ(lines[0], "oralib| Deleting oracle logs by size. Sid: ORCL");
-  EXPECT_EQ(lines[1], "oralib| Deleting oracle logs by size. Sid: ORCL Failed.");
+  EXPECT_EQ(lines.front(), "oralib| Deleting oracle logs by size. Sid: ORCL");
+  EXPECT_NE(std::find(lines.begin(), lines.end(),
+                      "oralib| Deleting oracle logs by size. Sid: ORCL Failed."),
+            lines.end());
 }
 
 TEST(Exports, LibStrFreeOfNullIsANoOp) { OracleLibStrFree(nullptr); }
