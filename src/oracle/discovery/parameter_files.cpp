@@ -11,6 +11,7 @@
 #include "common/text/convert.h"
 #include "common/text/fmt.h"
 #include "common/win/file.h"
+#include "common/win/file_name_rule.h"
 #include "common/win/path.h"
 #include "common/win/path_ops.h"
 #include "oracle/client/oracle_cmd_exec.h"
@@ -64,10 +65,12 @@ void run_command(const std::shared_ptr<COracleSession>& session, const std::stri
 // name whose existence cannot be told (the file layer has logged why) counts as absent.
 std::u16string find_parameter_file(const SOracleSid& instance) {
   const std::u16string folder = win::join_path_windows(instance.home, u"database");
-  for (const char16_t* name : {u"spfile%1.ora", u"init%1.ora"}) {
+  for (const char16_t* pattern : {u"spfile%1.ora", u"init%1.ora"}) {
     try {
-      const std::u16string path =
-          win::join_path_windows(folder, util::fmt_t::format(std::u16string(name), instance.sid));
+      // A SID that would make the name climb out of the folder names no file of this database.
+      const std::u16string name = util::fmt_t::format(std::u16string(pattern), instance.sid);
+      if (!win::is_safe_file_name(name)) continue;
+      const std::u16string path = win::join_path_windows(folder, name);
       if (win::file_exists(path)) return path;
     } catch (const std::exception&) {
     }
@@ -150,11 +153,12 @@ std::u16string get_password_file_location(const COracleSessionHolder& holder,
         return location;
       }
     }
-    const std::u16string path = win::join_path_windows(
-        win::join_path_windows(instance.home, u"database"),
-        util::fmt_t::format(u"PWD%1.ora", instance.sid));
+    const std::u16string name = util::fmt_t::format(u"PWD%1.ora", instance.sid);
+    const std::u16string path =
+        win::join_path_windows(win::join_path_windows(instance.home, u"database"), name);
     std::u16string result;
-    if (win::file_exists(path)) {
+    // A SID that would make the name climb out of the folder names no file of this database.
+    if (win::is_safe_file_name(name) && win::file_exists(path)) {
       logging::oralib().info("Found pwd file: %1", util::to_multibyte(path));
       result = path;
     }

@@ -44,6 +44,15 @@ TEST_F(FindParameterFile, AHomeWithATrailingSeparatorGetsNoSecondOne) {
   EXPECT_EQ(find_parameter_file(sid), folder_.path(u"home\\database\\initORCL.ora"));
 }
 
+TEST_F(FindParameterFile, ASidThatClimbsOutOfTheFolderFindsNothing) {
+  folder_.raw_write(u"home\\database\\spfileORCL.ora", "s");
+  folder_.raw_write(u"home\\x.ora", "a file outside the database folder");
+  folder_.raw_mkdir(u"home\\database\\spfile");  // so that the host build resolves the dots too
+  SOracleSid sid = instance();
+  sid.sid = u"\\..\\..\\x";  // spfile\..\..\x.ora would name home\x.ora
+  EXPECT_EQ(find_parameter_file(sid), u"");
+}
+
 // A policy that refuses every path: the existence test then fails rather than answers.
 class refuse_all_t : public win::file_hooks_t {
  public:
