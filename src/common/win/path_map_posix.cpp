@@ -1,13 +1,12 @@
 #include "common/win/path_map_posix.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <vector>
 
-#include "common/text/compare.h"
 #include "common/text/convert.h"
+#include "common/win/case_cache_posix.h"
 
 namespace win::host {
 
@@ -150,19 +149,12 @@ std::string resolve_case(const std::string& mapped, size_t fixed_length) {
       const std::string candidate = out + (out.empty() || out.back() == '/' ? "" : "/") + part;
       if (::lstat(candidate.c_str(), &st) != 0) {
         searching = false;
+        // One hash probe in a cached listing of the folder, not a listing per lookup: see
+        // case_cache_posix.cpp for how the cache stays true to the folder.
         const std::string dir_path = out.empty() ? "." : out;
-        if (DIR* dir = ::opendir(dir_path.c_str())) {
-          const std::u16string wanted = util::from_utf8(part);
-          while (const dirent* entry = ::readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name == "." || name == "..") continue;
-            if (util::equals_nocase(util::from_utf8(name), wanted)) {
-              chosen = name;
-              searching = true;
-              break;
-            }
-          }
-          ::closedir(dir);
+        if (auto found = find_entry_nocase(dir_path, part)) {
+          chosen = std::move(*found);
+          searching = true;
         }
       }
     }
