@@ -15,8 +15,9 @@ namespace win::host {
 // until the folder changes. A relative `dir` is looked at afresh at each call.
 std::optional<std::string> find_entry_nocase(const std::string& dir, const std::string& name);
 
-// The key under which a name is kept: the name with its letters folded. A name that is not
-// UTF-8 has none (no Windows path can name it). Exposed for the tests.
+// The key under which a name is kept: the name with its letters folded, byte by byte for an
+// ASCII name, else through its UTF-16 form (so names compare as util::equals_nocase compares
+// them). A name that cannot be converted has none. Exposed for the tests.
 std::optional<std::string> case_fold_key(const std::string& name);
 
 // How many times a folder has been listed in full by this process; for the tests, which check
