@@ -35,8 +35,10 @@
 // What the watch cannot see is covered by a stat of the folder at each lookup:
 // - the folder replaced (removed and made again, or another one renamed over it) or a parent
 //   renamed so that the path names another folder: device and inode differ, or the old folder's
-//   watch reports its removal or move; the listing is made again. The watch holds the old inode,
-//   so its number cannot come back for the new folder while the cache still trusts it;
+//   watch reports its removal or move; the listing is made again. A new folder cannot take the
+//   old one's inode number unseen: the watch holds the old inode, and where a kernel lets it go
+//   anyway, the end of the watch (IN_IGNORED) is queued before the number is free, and the queue
+//   is read before the stat;
 // - changes the kernel does not report (a network file system changed from another machine):
 //   the modification time moved with no event since it was recorded, and the listing is made
 //   again. (A remote change in the same tick as a reported local one would go unseen; the
@@ -44,6 +46,10 @@
 // - more events than the kernel queues (overflow): everything is forgotten.
 // Where the watch cannot be had (no inotify, the watch limit reached) and for relative paths
 // (the current folder may change) the folder is listed at each lookup, as before.
+//
+// A child made by fork() starts with an empty cache (it must not read the parent's queue); as
+// with anything that takes a lock, a child of a threaded parent should exec before it uses the
+// file layer.
 //
 // Symbolic links: the names kept are the entries themselves, as readdir gives them, links
 // included, so a lookup answers exactly what a listing answered; resolve_case still lstat()s
