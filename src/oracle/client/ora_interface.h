@@ -11,7 +11,7 @@
 // at a time.
 //
 // A session worker that was cut off by its holder (see session_cut_off_scope_t) never gets
-// through the gate again: at its next gate, before or after a call, the thread ends itself
+// through the gate again: at its next gate, before or after a call, the thread parks for good
 // (session_worker.h, end_cut_off_worker) instead of reaching the client, so no call reaches the
 // handles it leaves behind.
 #pragma once

@@ -14,11 +14,12 @@
 //   - cut_off() returns at once; the thread is left to itself and keeps shared ownership of
 //     everything it touches;
 //   - the gate of the client (ora_interface.h) stops a cut-off worker at its very next call
-//     or return: end_cut_off_worker() ends it there, where it holds no lock of ours. On
-//     Windows it ends its own thread with exit code 1460 (ERROR_TIMEOUT), the code a
-//     terminated worker had, without unwinding (nothing it holds is freed through a client it
-//     may have left in an unknown state); on the host it sleeps for ever, as unwinding a POSIX
-//     thread would run its destructors. A worker hung inside the client stays there.
+//     or return: end_cut_off_worker() parks it there for good, where it holds no lock of
+//     ours, without unwinding (nothing it holds is freed through a client it may have left in
+//     an unknown state). It is not ended: a thread that ends runs the run-time's thread-exit
+//     work, and one ended from inside its body (ExitThread) was seen under Wine to leave the
+//     threads library's key lock taken, freezing the process at exit. A parked thread costs
+//     its stack until the process ends. A worker hung inside the client stays there.
 //   - lines the worker writes before it reaches the gate (a step that ends) still go to the
 //     log, under the log's own lock, as any thread's lines do.
 // So the caller returns at the deadline whatever the client does, and no later call reaches
@@ -57,8 +58,8 @@ class session_worker_t {
   std::unique_ptr<impl_t> impl_;
 };
 
-// Ends the calling thread, a session worker that was cut off, at a point where it holds no
-// lock of ours (see above). Never returns.
+// Parks the calling thread, a session worker that was cut off, for good, at a point where it
+// holds no lock of ours (see above). Never returns.
 [[noreturn]] void end_cut_off_worker();
 
 }  // namespace specific::oracle

@@ -10,9 +10,6 @@ namespace specific::oracle {
 
 namespace {
 
-// The exit code of a worker that ends itself after a cut-off: ERROR_TIMEOUT.
-constexpr DWORD kCutOffExitCode = 1460;
-
 // Shared by the starter and the thread; the last of the two to let go closes the event.
 struct worker_shared_t {
   HANDLE running = nullptr;  // manual-reset event: the thread runs its body
@@ -27,9 +24,9 @@ struct worker_start_t {
 };
 
 DWORD WINAPI worker_entry(void* parameter) {
-  // The start block is freed by the thread that ran it. A worker that ends itself after a
-  // cut-off never gets back here, and what it holds stays held: nothing is freed under a
-  // thread that may have left the client in an unknown state.
+  // The start block is freed by the thread that ran it. A worker parked after a cut-off never
+  // gets back here, and what it holds stays held: nothing is freed under a thread that may
+  // have left the client in an unknown state.
   auto* start = static_cast<worker_start_t*>(parameter);
   ::SetEvent(start->shared->running);
   try {
@@ -98,9 +95,12 @@ void session_worker_t::cut_off() {
 }
 
 void end_cut_off_worker() {
-  // The thread's own end, at a point where it holds no lock of ours: the loader runs its
-  // thread-detach work as for any thread that ends. No C++ unwinding happens.
-  ::ExitThread(kCutOffExitCode);
+  // Parked for good, as on the host build, rather than ended: a thread that ends runs the
+  // run-time's thread-exit work (thread-local destructors under the threads library's key
+  // lock), and a thread ended from deep inside its body with ExitThread was seen to leave that
+  // lock taken, so that the process froze at exit. A sleeping thread holds nothing; the
+  // process's end takes it away.
+  for (;;) ::Sleep(INFINITE);
 }
 
 }  // namespace specific::oracle
