@@ -16,10 +16,10 @@
 //   - the gate of the client (ora_interface.h) stops a cut-off worker at its very next call
 //     or return: end_cut_off_worker() parks it there for good, where it holds no lock of
 //     ours, without unwinding (nothing it holds is freed through a client it may have left in
-//     an unknown state). It is not ended: a thread that ends runs the run-time's thread-exit
-//     work, and one ended from inside its body (ExitThread) was seen under Wine to leave the
-//     threads library's key lock taken, freezing the process at exit. A parked thread costs
-//     its stack until the process ends. A worker hung inside the client stays there.
+//     an unknown state). It is not ended from inside its body (ExitThread): that skips the
+//     unwinding of whatever the body holds, and a parked thread holds nothing at all. A parked
+//     thread costs its stack until the process ends. A worker hung inside the client stays
+//     there.
 //   - lines the worker writes before it reaches the gate (a step that ends) still go to the
 //     log, under the log's own lock, as any thread's lines do.
 // So the caller returns at the deadline whatever the client does, and no later call reaches

@@ -95,11 +95,8 @@ void session_worker_t::cut_off() {
 }
 
 void end_cut_off_worker() {
-  // Parked for good, as on the host build, rather than ended: a thread that ends runs the
-  // run-time's thread-exit work (thread-local destructors under the threads library's key
-  // lock), and a thread ended from deep inside its body with ExitThread was seen to leave that
-  // lock taken, so that the process froze at exit. A sleeping thread holds nothing; the
-  // process's end takes it away.
+  // Parked for good, as on the host build, rather than ended from deep inside its body: a
+  // sleeping thread holds nothing; the process's end takes it away.
   for (;;) ::Sleep(INFINITE);
 }
 
