@@ -1,6 +1,7 @@
 #include "common/common_file_hooks.h"
 
 #include <memory>
+#include <mutex>
 
 #include "common/common_lib_ctx.h"
 #include "common/monitoring/file_op_activity.h"
@@ -52,10 +53,21 @@ class common_file_hooks_t : public win::file_hooks_t {
 }  // namespace
 
 void install_file_hooks() {
-  static bool installed = false;
-  if (installed) return;
-  win::set_file_hooks(std::make_shared<common_file_hooks_t>());
-  installed = true;
+  static std::once_flag once;
+  std::call_once(once, [] { win::set_file_hooks(std::make_shared<common_file_hooks_t>()); });
 }
+
+bool file_hooks_installed() {
+  return dynamic_cast<common_file_hooks_t*>(&win::file_hooks()) != nullptr;
+}
+
+namespace {
+
+// Joins at load: an export that the agent calls before OracleVssInitLib, and that touches a
+// file before anything else, must find the policy in force. Only a pointer is set here; what
+// the hooks reach is made at its first use.
+const bool g_joined_at_load = (install_file_hooks(), true);
+
+}  // namespace
 
 }  // namespace common

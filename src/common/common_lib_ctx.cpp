@@ -3,6 +3,7 @@
 #include <atomic>
 #include <utility>
 
+#include "common/common_file_hooks.h"
 #include "common/logging/log_channel.h"
 #include "common/synch/global_lock.h"
 
@@ -98,6 +99,8 @@ struct ctx_end_t {
 std::shared_ptr<CCommonLibCtx> ctx() {
   std::shared_ptr<CCommonLibCtx> current = std::atomic_load(&live_slot());
   if (current) return current;
+  // The first use of the context joins the file layer too (idempotent; it makes no context).
+  common::install_file_hooks();
   std::lock_guard<std::recursive_mutex> guard(synch::global_lock());
   current = std::atomic_load(&live_slot());
   if (current) return current;

@@ -94,6 +94,7 @@ extern "C" sword OCISessionBegin(OCISvcCtx* svchp, OCIError* errhp, OCISession* 
       // The instance is down: the administrator is connected, to an idle instance.
       return call.error(ora(1034));
     }
+    if (info.warning) return call.with_info(*info.warning);
     return call.ok();
   });
 }

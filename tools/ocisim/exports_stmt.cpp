@@ -47,6 +47,22 @@ bool names_bind(const std::string& text, const std::string& name) {
   return false;
 }
 
+// The line (from 1) of the statement text where the bind `name` is first named.
+std::size_t line_of_bind(const std::string& text, const std::string& name) {
+  try {
+    for (const token_t& token : tokenize(text)) {
+      if (token.kind == token_kind_t::bind && token.text == name) {
+        return 1 + static_cast<std::size_t>(
+                       std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(
+                                                               std::min(token.offset, text.size())),
+                                  '\n'));
+      }
+    }
+  } catch (const ora_error_t&) {
+  }
+  return 1;
+}
+
 // Fetches up to `rows` rows into the defines; the code the call returns.
 sword fetch_rows(call_t& call, stmt_handle_t& stmt, ub4 rows) {
   const auto defines = defines_of(stmt);
@@ -198,6 +214,16 @@ extern "C" sword OCIStmtExecute(OCISvcCtx* svchp, OCIStmt* stmtp, OCIError* errh
     for (const auto& bind : bind_handles) binds[bind->name] = read_bind(*bind);
     journal_sql(statement->text);
     execution_t result = server_execute(session->info, statement->text, binds);
+    for (const auto& bind : bind_handles) {
+      // The block's assignment to a variable too small for its text fails the whole call;
+      // no OUT value reaches the caller.
+      const auto out = result.outputs.find(bind->name);
+      if (out != result.outputs.end() && !out_text_fits(*bind, out->second)) {
+        throw ora_error_t(6502, "ORA-06502: PL/SQL: numeric or value error: character string "
+                                "buffer too small\nORA-06512: at line " +
+                                    std::to_string(line_of_bind(statement->text, bind->name)));
+      }
+    }
     for (const auto& bind : bind_handles) {
       const auto out = result.outputs.find(bind->name);
       if (out != result.outputs.end()) write_bind(*bind, out->second);

@@ -134,6 +134,13 @@ value_t read_bind(const bind_handle_t& bind) {
   }
 }
 
+bool out_text_fits(const bind_handle_t& bind, const value_t& value) {
+  if (value.is_null() || bind.value == nullptr || bind.data_type == SQLT_INT) return true;
+  const std::size_t size = static_cast<std::size_t>(std::max<sb4>(bind.value_size, 0));
+  const std::size_t room = bind.data_type == SQLT_STR ? (size > 0 ? size - 1 : 0) : size;
+  return to_text(value).size() <= room;
+}
+
 void write_bind(const bind_handle_t& bind, const value_t& value) {
   if (value.is_null()) {
     if (bind.indicator != nullptr) *bind.indicator = -1;

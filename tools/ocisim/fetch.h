@@ -20,5 +20,8 @@ void write_row(const std::vector<value_t>& row,
 value_t read_bind(const bind_handle_t& bind);
 // Stores an OUT value into a bind buffer (and its indicator, length and code).
 void write_bind(const bind_handle_t& bind, const value_t& value);
+// False when `value` is text that the text bind's buffer cannot hold whole (PL/SQL then
+// refuses the assignment with ORA-06502 instead of cutting it).
+bool out_text_fits(const bind_handle_t& bind, const value_t& value);
 
 }  // namespace ocisim

@@ -64,6 +64,9 @@ void authenticate(const node_t& instance, session_info_t& session, const credent
   if (user == "SYS") throw ora(28009);
   session.user = user;
   session.dba = yes(*account, "dba");
+  // A password in its grace period lets the logon in with a warning.
+  const std::string expires = account->get("password_expires_in");
+  if (!expires.empty()) session.warning = std::make_shared<ora_error_t>(ora(28002, {expires}));
 }
 
 }  // namespace
@@ -91,6 +94,13 @@ void server_logon(session_info_t& session, const credentials_t& credentials, std
   session.prelim = (mode & OCI_PRELIM_AUTH) != 0;
   // A preliminary connection exists only to start or stop an instance.
   if (session.prelim && !session.sysdba && !session.sysoper) throw ora(1031);
+  // A started or mounted database has no open dictionary to check an ordinary account
+  // against: only an administrator gets in, whatever name and password the others give.
+  const level_t level = instance_level(instance);
+  if (!session.sysdba && !session.sysoper && !is_asm(instance) &&
+      (level == level_t::started || level == level_t::mounted)) {
+    throw ora(1033);
+  }
   authenticate(instance, session, credentials);
   if (instance_level(instance) == level_t::down) {
     // Only an administrator reaches a stopped instance; the session stands, but it is idle.

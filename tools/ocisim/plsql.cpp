@@ -1,5 +1,5 @@
 // Anonymous PL/SQL blocks and directory objects of the simulated server. A block is a list of
-// procedure calls with literal or bound arguments; each procedure the server knows is a
+// procedure calls with literal or bound arguments and of assignments to bind variables; each procedure the server knows is a
 // handler in a table, and any other name is refused as PL/SQL refuses an undeclared one.
 #include <functional>
 
@@ -56,6 +56,19 @@ void run_block(machine_t& machine, node_t& instance, session_info_t& session,
     }
     call_t call;
     call.offset = reader.peek().offset;
+    if (reader.peek().kind == token_kind_t::bind && reader.is_symbol(":=", 1)) {
+      // An assignment to a bind variable: ":name := expression;".
+      plsql_argument_t target;
+      target.bind = reader.next().text;
+      reader.next();
+      plsql_argument_t value;
+      value.expr = parse_expression(reader);
+      call.arguments = {target, value};
+      if (!reader.accept_symbol(";")) throw ora_error_t(6550, position_line(sql, reader.peek().offset) +
+                                                          "PLS-00103: Encountered a symbol");
+      calls.push_back(call);  // no name: an assignment
+      continue;
+    }
     call.name = reader.next().text;
     while (reader.accept_symbol(".")) call.name += "." + reader.next().text;
     if (reader.accept_symbol("(")) {
@@ -80,11 +93,15 @@ void run_block(machine_t& machine, node_t& instance, session_info_t& session,
                                             "PLS-00103: Encountered a symbol");
 
   for (const call_t& call : calls) {
-    const plsql_procedure_t* procedure = find_plsql_procedure(call.name);
-    if (procedure == nullptr) throw undeclared(sql, call.offset, call.name);
     size_t line = 1;
     for (size_t i = 0; i < call.offset && i < sql.size(); ++i) line += sql[i] == '\n' ? 1 : 0;
     plsql_call_t context{machine, instance, session, binds, outputs, call.arguments, line};
+    if (call.name.empty()) {
+      context.out(0, context.in(1));
+      continue;
+    }
+    const plsql_procedure_t* procedure = find_plsql_procedure(call.name);
+    if (procedure == nullptr) throw undeclared(sql, call.offset, call.name);
     (*procedure)(context);
   }
 }

@@ -27,6 +27,7 @@ struct session_info_t {
   bool idle = false;               // logged on while the instance was down
   std::int64_t incarnation = 0;    // the instance's start-up count at logon
   bool shutdown_started = false;   // the first OCIDBShutdown call was made
+  std::shared_ptr<ora_error_t> warning;  // a logon let in with information (ORA-28002)
 };
 
 struct credentials_t {

@@ -1,12 +1,11 @@
 #include "oracle/client/ora_interface.h"
 
-#include <chrono>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 #include "common/logging/log_channel.h"
 #include "oracle/client/oci_loader.h"
+#include "oracle/client/session_worker.h"
 #include "oracle/client/system_exception.h"
 
 namespace specific::oracle {
@@ -26,11 +25,6 @@ std::mutex& binding_lock() {
 // The cut-off flag of the session worker running on this thread, if it is one.
 thread_local std::shared_ptr<const std::atomic<bool>> t_cut_off;
 
-[[noreturn]] void park_for_ever() {
-  // A cut-off worker behaves as a terminated thread: it never runs another line of ours.
-  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
-}
-
 }  // namespace
 
 std::shared_ptr<CWinOraInterface> CWinOraInterface::instance() {
@@ -44,31 +38,54 @@ void CWinOraInterface::replace_table_for_tests(const oci_table_t* table) {
   g_table.store(table, std::memory_order_release);
 }
 
-const oci_table_t& CWinOraInterface::table() {
-  if (const oci_table_t* bound = g_table.load(std::memory_order_acquire)) return *bound;
+namespace {
+
+// Binds the client unless a table is in place; the outcome of the attempt (ok when bound).
+oci_load_result_t bind_table() {
   oci_load_result_t result;
-  {
-    std::lock_guard<std::mutex> guard(binding_lock());
-    if (const oci_table_t* bound = g_table.load(std::memory_order_acquire)) return *bound;
-    oci_table_t fresh;
-    result = load_oci_table(fresh);
-    if (result.ok) {
-      // Kept for the life of the process: a table forgotten by a test may still be in use
-      // by a thread that read it before.
-      static auto* bound = new std::vector<std::unique_ptr<const oci_table_t>>;
-      bound->push_back(std::make_unique<const oci_table_t>(fresh));
-      g_table.store(bound->back().get(), std::memory_order_release);
-      return *bound->back();
-    }
+  std::lock_guard<std::mutex> guard(binding_lock());
+  if (g_table.load(std::memory_order_acquire)) {
+    result.ok = true;
+    return result;
   }
-  // Nothing is cached on failure: a client installed later is found at the next use, as the
-  // delay-load helper would find it.
-  logging::oralib().info(result.detail);
-  raise_system_exception(result.code);
+  oci_table_t fresh;
+  result = load_oci_table(fresh);
+  if (result.ok) {
+    // Kept for the life of the process: a table forgotten by a test may still be in use
+    // by a thread that read it before.
+    static auto* bound = new std::vector<std::unique_ptr<const oci_table_t>>;
+    bound->push_back(std::make_unique<const oci_table_t>(fresh));
+    g_table.store(bound->back().get(), std::memory_order_release);
+  }
+  return result;
+}
+
+}  // namespace
+
+bool CWinOraInterface::bind() noexcept {
+  try {
+    return bind_table().ok;
+  } catch (...) {
+    return false;  // the next use tries again and reports
+  }
+}
+
+const oci_table_t& CWinOraInterface::table() {
+  for (;;) {
+    if (const oci_table_t* bound = g_table.load(std::memory_order_acquire)) return *bound;
+    const oci_load_result_t result = bind_table();
+    if (result.ok) continue;
+    // Nothing is cached on failure: a client installed later is found at the next use, as
+    // the delay-load helper would find it.
+    logging::oralib().info(result.detail);
+    raise_system_exception(result.code);
+  }
 }
 
 void CWinOraInterface::pass_gate() {
-  if (t_cut_off && t_cut_off->load(std::memory_order_acquire)) park_for_ever();
+  // A cut-off worker behaves as a terminated thread: it never runs another line of ours. It
+  // holds no lock of ours here, between two calls.
+  if (t_cut_off && t_cut_off->load(std::memory_order_acquire)) end_cut_off_worker();
 }
 
 sword CWinOraInterface::handle_alloc(const void* parent, void** handle, ub4 type) {

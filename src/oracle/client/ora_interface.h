@@ -1,6 +1,7 @@
 // CWinOraInterface: the one gate through which the library reaches the Oracle client. It binds
-// the client's entry points at first use (oci_loader) into one table, resolved once: the first
-// use happens on a session worker while the holder's process-wide lock is held. A client that
+// the client's entry points at first use (oci_loader) into one table, resolved once. A session
+// holder binds on its own thread, under its process-wide lock, before it starts its worker
+// (bind()), so that the loader's work is not done on a thread that may be given up on. A client that
 // cannot be bound makes the calling thread raise the system exception a failed delay-load
 // raises (0xC06D007E/0xC06D007F), after one information line that names what was missing; the
 // session worker's frame turns that into "Failed to load OCI library".
@@ -10,8 +11,9 @@
 // at a time.
 //
 // A session worker that was cut off by its holder (see session_cut_off_scope_t) never gets
-// through the gate again: every later call from that thread waits for ever instead of reaching
-// the client, so no call reaches the handles it leaves behind.
+// through the gate again: at its next gate, before or after a call, the thread parks for good
+// (session_worker.h, end_cut_off_worker) instead of reaching the client, so no call reaches the
+// handles it leaves behind.
 #pragma once
 #include <atomic>
 #include <memory>
@@ -27,6 +29,10 @@ class CWinOraInterface {
   // The process-wide gate, made at first use (without a lock: the first use is under the
   // session lock) and kept to process end.
   static std::shared_ptr<CWinOraInterface> instance();
+
+  // Binds the client now unless it is bound; true when a table is in place afterwards. A
+  // failure is not kept (the next use tries again and raises as above) and writes nothing.
+  static bool bind() noexcept;
 
   // Wrappers with the arguments this library always passes fixed here.
   // OCIHandleAlloc with no extra memory and no user memory.

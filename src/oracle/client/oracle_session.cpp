@@ -137,13 +137,15 @@ sword COracleSession::logon(ub4 mode) {
   const ub4 credentials = conn_.first.empty() ? OCI_CRED_EXT : OCI_CRED_RDBMS;
   const sword rc = gate->session_begin(svcCtx_->as<OCISvcCtx>(), env_->error_handle(),
                                        userSession_->as<OCISession>(), credentials, mode);
-  // Any other answer goes to the caller's check as it came; a success with information is
-  // among them, and the session attribute is then set again before each statement.
-  if (rc != OCI_SUCCESS) return rc;
+  // A success with information (a password about to expire, ORA-28002) is a logon like any
+  // other: the service context gets its session now, or a command, a start-up or a shut-down
+  // made right after it would run on no session. Its information is dropped by the caller's
+  // check. Any other answer goes to that check as it came.
+  if (rc != OCI_SUCCESS && rc != OCI_SUCCESS_WITH_INFO) return rc;
   check_oci_result(*env_, gate->attr_set(svcCtx_->handle(), OCI_HTYPE_SVCCTX,
                                          userSession_->handle(), /*size=*/0, OCI_ATTR_SESSION,
                                          env_->error_handle()));
-  return OCI_SUCCESS;
+  return rc;
 }
 
 std::shared_ptr<COracleQuery> COracleSession::make_query() const {

@@ -13,7 +13,6 @@
 #include "oracle/client/oracle_session.h"
 #include "oracle/client/session_init.h"
 #include "oracle/client/session_lock.h"
-#include "oracle/client/session_worker.h"
 
 namespace specific::oracle {
 
@@ -28,21 +27,8 @@ COracleSessionHolder::COracleSessionHolder(const std::u16string& sid, const std:
     session_lock_guard_t lock;
 
     auto work = std::make_shared<session_init_work_t>(conn_, prelimAuth_);
-    session_worker_t worker(
-        [work, sid = sid_, home = home_]() { run_session_worker(work, sid, home); });
-
     const auto timeout = static_cast<int32_t>(COracleConfig::get().connectionTimeoutSec);
-    const auto deadline =
-        std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now()) +
-        std::chrono::seconds(timeout);
-
-    if (!worker.join_until(deadline)) {
-      // The flags first, then the thread: whatever the worker does next must not reach the
-      // client, and the session it leaves must not be freed through it.
-      work->cut_off();
-      logging::log_step_t terminating(logging::oralib(), "Terminating oracle init thread");
-      worker.cut_off();
-      terminating.ok();
+    if (!run_session_worker_within(work, sid_, home_, std::chrono::seconds(timeout))) {
       throw COracleInitTimeoutExc("Failed to wait oracle session initialization");
     }
 

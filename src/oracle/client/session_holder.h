@@ -26,7 +26,9 @@ class COracleSessionHolder {
   //   COracleExc when Oracle refused the attach or the logon;
   //   COracleSessionCreateExc "Failed to create oracle session holder. Session is invalid."
   //     when the client library is missing or the worker met a system exception;
-  //   win_sys_exc_t "Failed to terminate oracle session init thread" (Windows).
+  //   win_sys_exc_t "Failed to start oracle session init thread" when no thread could be made.
+  // A worker given up on is never killed from outside; it ends itself at its next call to the
+  // client (session_worker.h says why).
   // `prelimAuth` only for the session that starts an instance up.
   COracleSessionHolder(const std::u16string& sid, const std::u16string& home, const conn_t& conn,
                        bool prelimAuth);

@@ -9,6 +9,7 @@
 #include "oracle/client/ora_interface.h"
 #include "oracle/client/oracle_exc.h"
 #include "oracle/client/oracle_session.h"
+#include "oracle/client/session_worker.h"
 
 namespace specific::oracle {
 
@@ -120,6 +121,27 @@ void run_session_worker(const std::shared_ptr<session_init_work_t>& work,
     exc::log_error(logging::oralib(), "Oracle session init thread failed", e);
     work->set_thread_failure(exc::capture(e));
   }
+}
+
+bool run_session_worker_within(const std::shared_ptr<session_init_work_t>& work,
+                               const std::u16string& sid, const std::u16string& home,
+                               std::chrono::microseconds timeout) {
+  // The loader's work is done here rather than on a thread that may be given up on; a client
+  // that cannot be bound is tried again, and reported, by the worker.
+  CWinOraInterface::bind();
+  session_worker_t worker([work, sid, home]() { run_session_worker(work, sid, home); });
+  worker.wait_until_running();
+  const auto deadline =
+      std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now()) +
+      timeout;
+  if (worker.join_until(deadline)) return true;
+  // The flags first, then the thread: whatever the worker does next must not reach the
+  // client, and the session it leaves must not be freed through it.
+  work->cut_off();
+  logging::log_step_t terminating(logging::oralib(), "Terminating oracle init thread");
+  worker.cut_off();
+  terminating.ok();
+  return false;
 }
 
 }  // namespace specific::oracle

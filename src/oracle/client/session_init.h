@@ -4,6 +4,7 @@
 // leaves the record to itself, and the record stays alive as long as the worker holds it.
 #pragma once
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -54,6 +55,15 @@ class session_init_work_t {
 // The worker thread's body.
 void run_session_worker(const std::shared_ptr<session_init_work_t>& work,
                         const std::u16string& sid, const std::u16string& home);
+
+// What the holder does with its worker, under the session lock the caller holds: binds the
+// client on this thread, starts the worker with run_session_worker, and waits for it,
+// `timeout` counted from the moment the worker runs its body. True when the worker ended in
+// time. Else the work is flagged, the step "Terminating oracle init thread" is logged and the
+// worker is given up on (session_worker.h), and the answer is false.
+bool run_session_worker_within(const std::shared_ptr<session_init_work_t>& work,
+                               const std::u16string& sid, const std::u16string& home,
+                               std::chrono::microseconds timeout);
 
 // The filter of the worker's system-exception frame: a failed delay-load (the client library
 // or one of its entry points is missing) logs "Failed to load OCI library" at error level; a

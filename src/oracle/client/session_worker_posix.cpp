@@ -1,3 +1,4 @@
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -8,22 +9,28 @@ namespace specific::oracle {
 
 namespace {
 
-struct end_signal_t {
+struct worker_signal_t {
   std::mutex lock;
   std::condition_variable changed;
+  bool running = false;
   bool ended = false;
 };
 
 }  // namespace
 
 struct session_worker_t::impl_t {
-  std::shared_ptr<end_signal_t> signal = std::make_shared<end_signal_t>();
+  std::shared_ptr<worker_signal_t> signal = std::make_shared<worker_signal_t>();
   std::thread thread;
 };
 
 session_worker_t::session_worker_t(std::function<void()> body) : impl_(new impl_t) {
   // The thread shares the signal, so an abandoned thread never touches what its starter owns.
   impl_->thread = std::thread([body = std::move(body), signal = impl_->signal]() {
+    {
+      std::lock_guard<std::mutex> guard(signal->lock);
+      signal->running = true;
+      signal->changed.notify_all();
+    }
     try {
       body();
     } catch (...) {
@@ -37,6 +44,11 @@ session_worker_t::session_worker_t(std::function<void()> body) : impl_(new impl_
 
 session_worker_t::~session_worker_t() {
   if (impl_->thread.joinable()) impl_->thread.detach();
+}
+
+void session_worker_t::wait_until_running() {
+  std::unique_lock<std::mutex> lock(impl_->signal->lock);
+  impl_->signal->changed.wait(lock, [this] { return impl_->signal->running; });
 }
 
 bool session_worker_t::join_until(clock_t::time_point deadline) {
@@ -54,6 +66,10 @@ bool session_worker_t::join_until(clock_t::time_point deadline) {
 
 void session_worker_t::cut_off() {
   if (impl_->thread.joinable()) impl_->thread.detach();
+}
+
+void end_cut_off_worker() {
+  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
 }  // namespace specific::oracle

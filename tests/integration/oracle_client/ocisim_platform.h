@@ -10,8 +10,9 @@ namespace ocisim_test {
 // the folder of the test executable.
 std::string ocisim_library();
 std::string missing_library();
-// Whether a worker cut off at the time-out is terminated (Windows) rather than abandoned to
-// finish its hung call (host build).
-bool cut_off_worker_is_terminated();
+// Loads the built simulated client a second time with the platform's loader and unloads it
+// again (the gate keeps its own load); false when either step failed. Takes the loader's lock,
+// as any load does.
+bool load_and_unload_client();
 
 }  // namespace ocisim_test

@@ -1,3 +1,5 @@
+#include <windows.h>
+
 #include <string>
 
 #include "common/text/convert.h"
@@ -11,6 +13,11 @@ std::string ocisim_library() {
   return util::to_multibyte(util::from_utf8(dsl_test::bin_dir() + "\\ocisim\\OCI.dll"));
 }
 std::string missing_library() { return "C:\\no\\such\\folder\\OCI.dll"; }
-bool cut_off_worker_is_terminated() { return true; }
+bool load_and_unload_client() {
+  const std::u16string path = util::from_utf8(dsl_test::bin_dir() + "\\ocisim\\OCI.dll");
+  HMODULE module = ::LoadLibraryW(reinterpret_cast<const wchar_t*>(path.c_str()));
+  if (module == nullptr) return false;
+  return ::FreeLibrary(module) != FALSE;
+}
 
 }  // namespace ocisim_test

@@ -62,10 +62,21 @@ TEST_F(QueryOcisim, FailingFetchGivesTheRowsBeforeIt) {
 TEST_F(QueryOcisim, StatementWithoutColumnsEndsQuietlyAtItsFetch) {
   use_scenario(machine_with(parameters_instance()));
   COracleSessionHolder holder(u"ORCL", kHome, conn_t{}, false);
-  // Already mounted and open: the server refuses, and the refusal comes up.
-  EXPECT_THROW(holder.make_query()->run("ALTER DATABASE MOUNT"), COracleExc);
+  const char statement[] = "CREATE DIRECTORY DSL_QUIET AS 'C:\\tmp'";
+  std::shared_ptr<COracleQueryResult> result;
+  ASSERT_NO_THROW(result = holder.make_query()->exec(statement, 0, true));
+  EXPECT_TRUE(result->rows().empty());
+  // The statement ran once, and the one fetch after it was refused (no query, nothing to
+  // fetch): that refusal ends the result without an exception.
+  const auto executes = calls_of("OCIStmtExecute");
+  ASSERT_EQ(executes.size(), 1u);
+  EXPECT_NE(executes[0].find("iters=1"), std::string::npos) << executes[0];
+  EXPECT_NE(executes[0].find("=> OK"), std::string::npos) << executes[0];
   const auto fetches = calls_of("OCIStmtFetch2");
-  EXPECT_TRUE(fetches.empty());
+  ASSERT_EQ(fetches.size(), 1u);
+  EXPECT_NE(fetches[0].find("=> ERROR ORA-24374"), std::string::npos) << fetches[0];
+  // run() is the same without a result, and the statement took effect the first time.
+  EXPECT_THROW(holder.make_query()->run(statement), COracleExc);  // ORA-00955: it exists now
 }
 
 TEST_F(QueryOcisim, UnknownViewAndInvalidStatementAreRefusedAsOracleWould) {
@@ -99,6 +110,25 @@ TEST_F(QueryOcisim, CommandBindsByNameAndReportsTheServersRefusal) {
     EXPECT_EQ(e.messages().back().text.rfind("Failed to execute oracle command, handle: ", 0), 0u);
   }
   EXPECT_EQ(calls_of("OCIBindByName").size(), 4u);
+}
+
+TEST_F(QueryOcisim, CommandWithAnOutTextTooLongForItsBufferFailsWithBufferTooSmall) {
+  use_scenario(machine_with(parameters_instance()));
+  COracleSessionHolder holder(u"ORCL", kHome, conn_t{}, false);
+  auto cmd = holder.get_session()->make_command("BEGIN\n :v := 'twelve chars';\n END;");
+  char text[8] = "seed";
+  cmd->bind(":v", text, SQLT_STR, sizeof text);
+  try {
+    cmd->execute();
+    FAIL() << "no exception";
+  } catch (const COracleExc& e) {
+    EXPECT_EQ(e.code(), 6502u);
+    EXPECT_NE(std::string(e.what()).find(
+                  "ORA-06502: PL/SQL: numeric or value error: character string buffer too small"),
+              std::string::npos)
+        << e.what();
+  }
+  EXPECT_STREQ(text, "seed");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "ocisim_fixture.h"
 #include "ocisim_platform.h"
 #include "oracle/client/oci_loader.h"
+#include "oracle/client/oracle_cmd_exec.h"
 #include "oracle/client/ora_interface.h"
 #include "oracle/client/oracle_exc.h"
 #include "oracle/client/oracle_query.h"
@@ -185,6 +186,54 @@ TEST_F(SessionHolderOcisim, AccountWithoutSysdbaGetsInByDefault) {
   EXPECT_EQ(calls_of("OCISessionBegin").size(), 2u);
 }
 
+TEST_F(SessionHolderOcisim, LogonWithAPasswordAboutToExpireGivesASessionThatRunsACommandAtOnce) {
+  use_scenario(machine_with(instance(
+      "ORCL", "state=\"open\" os_logon=\"none\"",
+      kOpenDatabase + "<account user=\"AGING\" password=\"old\" password_expires_in=\"7\"/>\n")));
+  COracleSessionHolder holder(u"ORCL", kHome, conn_t{"aging", "old"}, false);
+  ASSERT_TRUE(holder.get_session()->initialised());
+  EXPECT_FALSE(holder.get_session()->instance_down());
+  const auto logons = calls_of("OCISessionBegin");
+  ASSERT_EQ(logons.size(), 2u);
+  EXPECT_TRUE(contains(logons[1], "mode=0 => SUCCESS_WITH_INFO ORA-28002")) << logons[1];
+  // A command is the first statement: it runs on the session the logon made.
+  auto cmd = holder.get_session()->make_command("BEGIN\n :v := 'ran';\n END;");
+  char out[16] = "";
+  cmd->bind(":v", out, SQLT_STR, sizeof out);
+  ASSERT_NO_THROW(cmd->execute());
+  EXPECT_STREQ(out, "ran");
+  const auto executes = calls_of("OCIStmtExecute");
+  ASSERT_EQ(executes.size(), 1u);
+  EXPECT_NE(executes[0].find("=> OK"), std::string::npos) << executes[0];
+}
+
+TEST_F(SessionHolderOcisim, AccountWithoutSysdbaOnAMountedDatabaseFallsBackAndReportsInitializationInProgress) {
+  use_scenario(machine_with(instance("ORCL", "state=\"mounted\" os_logon=\"none\"", kOpenDatabase)));
+  try {
+    COracleSessionHolder holder(u"ORCL", kHome, conn_t{"scott", "tiger"}, false);
+    FAIL() << "no exception";
+  } catch (const COracleExc& e) {
+    // The second try's failure is the one reported.
+    EXPECT_EQ(e.code(), 1033u);
+    EXPECT_TRUE(contains(e.what(), "ORA-01033: ORACLE initialization or shutdown in progress")) << e.what();
+  }
+  const auto logons = calls_of("OCISessionBegin");
+  ASSERT_EQ(logons.size(), 2u);
+  EXPECT_TRUE(contains(logons[0], "mode=2 => ERROR ORA-01031")) << logons[0];
+  EXPECT_TRUE(contains(logons[1], "mode=0 => ERROR ORA-01033")) << logons[1];
+  EXPECT_TRUE(has(log_lines(), "Failed to connect as SYSDBA: insufficient privileges or channel error. "
+                               "Connecting by default..."));
+}
+
+TEST_F(SessionHolderOcisim, AccountWithSysdbaOnAMountedDatabaseGetsInWithoutAFallback) {
+  use_scenario(machine_with(instance("ORCL", "state=\"mounted\" os_logon=\"none\"",
+                                     kOpenDatabase + "<account user=\"BACKUP\" password=\"secret\" sysdba=\"yes\"/>\n")));
+  COracleSessionHolder holder(u"ORCL", kHome, conn_t{"backup", "secret"}, false);
+  EXPECT_TRUE(holder.get_session()->initialised());
+  EXPECT_FALSE(holder.get_session()->is_instance_open(false));
+  EXPECT_EQ(calls_of("OCISessionBegin").size(), 1u);
+}
+
 TEST_F(SessionHolderOcisim, OperatingSystemAuthenticationIsNotRetried) {
   use_scenario(machine_with(instance("ORCL", "state=\"open\" os_logon=\"none\"", kOpenDatabase)));
   try {
@@ -232,15 +281,10 @@ TEST_F(SessionHolderOcisim, HangInAttachIsCutOffAtTheTimeOutAndNoCallReachesTheA
   for (auto it = hang + 1; it != lines.end(); ++it) {
     if (it->thread == worker) after.push_back(it->kind + " " + it->rest);
   }
-  if (ocisim_test::cut_off_worker_is_terminated()) {
-    // The thread was terminated inside the hang: nothing more came from it.
-    EXPECT_TRUE(after.empty()) << after.front();
-  } else {
-    // The hung call itself completes; after it, nothing: the abandoned worker never passes
-    // the gate again, neither to log on nor to free its handles.
-    ASSERT_EQ(after.size(), 1u) << (after.size() > 1 ? after[1] : std::string());
-    EXPECT_EQ(after[0].rfind("CALL OCIServerAttach", 0), 0u) << after[0];
-  }
+  // The hung call itself completes; after it, nothing: the abandoned worker never passes the
+  // gate again, neither to log on nor to free its handles.
+  ASSERT_EQ(after.size(), 1u) << (after.size() > 1 ? after[1] : std::string());
+  EXPECT_EQ(after[0].rfind("CALL OCIServerAttach", 0), 0u) << after[0];
   EXPECT_FALSE(has(log_lines(), "ERR |Oracle session init thread failed"));
 }
 

@@ -115,7 +115,20 @@ TEST(Exports, ManagerStepsEndFailedInTheLog) {
             lines.end());
 }
 
-TEST(Exports, LibStrFreeOfNullIsANoOp) { OracleLibStrFree(nullptr); }
+TEST(Exports, LibStrFreeOfNullIsANoOp) {
+  // Nothing is freed, nothing is written to the log, and the heap is as usable as before.
+  dsl_test::capture_log_t capture;
+  EXPECT_NO_THROW(OracleLibStrFree(nullptr));
+  EXPECT_NO_THROW(OracleLibStrFree(nullptr));
+  EXPECT_TRUE(capture.bodies().empty());
+  // An out text made afterwards is handed out and freed as usual.
+  DSL_WCHAR* folder = nullptr;
+  DSL_WCHAR* error = kUntouched;
+  ASSERT_EQ(OracleGetLogsFolder(&folder, &error), DSL_S_OK);
+  ASSERT_NE(folder, nullptr);
+  EXPECT_EQ(error, kUntouched);
+  EXPECT_FALSE(dsl_test::take_text(folder).empty());
+}
 
 TEST(Exports, StopSucceedsAndLeavesTheErrorUnwritten) {
   DSL_WCHAR* error = kUntouched;

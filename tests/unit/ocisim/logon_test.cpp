@@ -188,6 +188,41 @@ TEST_F(LogonTest, AnOrdinaryLogonToAStoppedInstanceIsRefusedAndBeginsNoSession) 
   EXPECT_EQ(client.error_code(), 1012);
 }
 
+TEST_F(LogonTest, APasswordInItsGracePeriodLogsOnWithAWarningAndTheSessionWorks) {
+  write_scenario(single_instance("<account user=\"AGING\" password=\"old\" password_expires_in=\"7\"/>"));
+  client_t client(api());
+  ASSERT_EQ(client.attach("ORCL", kHome), OCI_SUCCESS);
+  EXPECT_EQ(client.logon(OCI_DEFAULT, "aging", "old"), OCI_SUCCESS_WITH_INFO);
+  EXPECT_EQ(client.error_code(), 28002);
+  EXPECT_EQ(client.error_text(), "ORA-28002: the password will expire within 7 days\n");
+  std::vector<row_t> rows;
+  ASSERT_EQ(client.query("SELECT USER FROM DUAL", 1, rows), OCI_NO_DATA) << client.error_text();
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(rows[0][0].text, "AGING");
+  EXPECT_TRUE(contains(journal("CALL"), "mode=0 => SUCCESS_WITH_INFO ORA-28002"))
+      << ::testing::PrintToString(journal("CALL"));
+}
+
+TEST_F(LogonTest, AnOrdinaryLogonToAStartedOrMountedInstanceIsRefusedWithInitializationInProgress) {
+  for (const char* state : {"started", "mounted"}) {
+    write_scenario(single_instance("", std::string("state=\"") + state + "\""));
+    client_t client(api());
+    ASSERT_EQ(client.attach("ORCL", kHome), OCI_SUCCESS);
+    EXPECT_EQ(client.logon(OCI_DEFAULT, "SCOTT", "tiger"), OCI_ERROR) << state;
+    EXPECT_EQ(client.error_code(), 1033) << state;
+    EXPECT_EQ(client.error_text(), "ORA-01033: ORACLE initialization or shutdown in progress\n");
+    // The dictionary is not open: a wrong password is not even looked at.
+    client_t wrong(api());
+    ASSERT_EQ(wrong.attach("ORCL", kHome), OCI_SUCCESS);
+    EXPECT_EQ(wrong.logon(OCI_DEFAULT, "SCOTT", "wrong"), OCI_ERROR);
+    EXPECT_EQ(wrong.error_code(), 1033) << state;
+    // An administrator gets in.
+    client_t admin(api());
+    ASSERT_EQ(admin.attach("ORCL", kHome), OCI_SUCCESS);
+    EXPECT_EQ(admin.logon(OCI_SYSDBA, "SCOTT", "tiger"), OCI_SUCCESS) << admin.error_text();
+  }
+}
+
 TEST_F(LogonTest, APreliminaryLogonNeedsSysdbaOrSysoper) {
   write_scenario(single_instance("", "state=\"down\""));
   client_t client(api());

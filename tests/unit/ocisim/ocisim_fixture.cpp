@@ -86,6 +86,11 @@ sword client_t::logon(ub4 mode, const std::string& user, const std::string& pass
   }
   const sword code =
       api_.OCISessionBegin(svc_, err_, ses_, user.empty() ? OCI_CRED_EXT : OCI_CRED_RDBMS, mode);
+  if (code == OCI_SUCCESS_WITH_INFO) {
+    // The session stands; the warning stays in the error handle for the caller to read.
+    api_.OCIAttrSet(svc_, OCI_HTYPE_SVCCTX, ses_, 0, OCI_ATTR_SESSION, /*errhp=*/nullptr);
+    return code;
+  }
   if (code != OCI_SUCCESS) return code;
   return api_.OCIAttrSet(svc_, OCI_HTYPE_SVCCTX, ses_, 0, OCI_ATTR_SESSION, err_);
 }

@@ -30,7 +30,7 @@ class client_t {
   sword attach(const std::string& sid, const std::string& home);
   // OCISessionBegin with the user and password set when `user` is not empty (RDBMS
   // credentials), operating-system credentials otherwise; sets the session attribute on
-  // success.
+  // success, also on a success with information (whose warning the error handle keeps).
   sword logon(ub4 mode, const std::string& user = "", const std::string& password = "");
   sword logoff();
   sword detach();

@@ -364,6 +364,42 @@ TEST_F(QueryTest, AnOlderVersionHasTheOlderViewsAndBanners) {
   EXPECT_EQ(table(*client, "SELECT BANNER FROM V$VERSION", 1).size(), 5u);
 }
 
+// Runs `block` with one SQLT_STR bind :v of `size` bytes holding "seed"; the execute's code.
+sword run_with_text_bind(client_t& client, const std::string& block, std::vector<char>& buffer) {
+  OCIStmt* stmt = nullptr;
+  client.api().OCIHandleAlloc(client.env(), reinterpret_cast<void**>(&stmt), OCI_HTYPE_STMT, 0, nullptr);
+  client.api().OCIStmtPrepare(stmt, client.err(), reinterpret_cast<const OraText*>(block.c_str()),
+                              static_cast<ub4>(block.size()), OCI_NTV_SYNTAX, OCI_DEFAULT);
+  std::memcpy(buffer.data(), "seed", 5);
+  OCIBind* bind = nullptr;
+  client.api().OCIBindByName(stmt, &bind, client.err(), reinterpret_cast<const OraText*>(":v"), -1, buffer.data(),
+                             static_cast<sb4>(buffer.size()), SQLT_STR, nullptr, nullptr, nullptr, 0, nullptr,
+                             OCI_DEFAULT);
+  const sword rc = client.api().OCIStmtExecute(client.svc(), stmt, client.err(), 1, 0, nullptr, nullptr, OCI_DEFAULT);
+  client.api().OCIHandleFree(stmt, OCI_HTYPE_STMT);
+  return rc;
+}
+
+TEST_F(QueryTest, AnOutTextThatFitsItsBufferIsHandedOutWhole) {
+  auto client = connect();
+  std::vector<char> buffer(11);
+  ASSERT_EQ(run_with_text_bind(*client, "BEGIN\n :v := 'ten chars!';\n END;", buffer), OCI_SUCCESS)
+      << client->error_text();
+  EXPECT_STREQ(buffer.data(), "ten chars!");
+}
+
+TEST_F(QueryTest, AnOutTextLongerThanItsBufferFailsWithBufferTooSmallAndIsNotCut) {
+  auto client = connect();
+  std::vector<char> buffer(10);  // nine characters and the terminator
+  ASSERT_EQ(run_with_text_bind(*client, "BEGIN\n :v := 'ten chars!';\n END;", buffer), OCI_ERROR);
+  EXPECT_EQ(client->error_code(), 6502);
+  EXPECT_EQ(client->error_text(),
+            "ORA-06502: PL/SQL: numeric or value error: character string buffer too small\n"
+            "ORA-06512: at line 2\n");
+  // Nothing reached the buffer.
+  EXPECT_STREQ(buffer.data(), "seed");
+}
+
 TEST_F(QueryTest, BindVariablesOfAQueryAreReadFromTheirBuffers) {
   auto client = connect();
   OCIStmt* stmt = nullptr;

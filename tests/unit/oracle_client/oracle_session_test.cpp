@@ -59,13 +59,19 @@ TEST_F(OracleSession, InstanceDownIsASuccessfulLogon) {
   EXPECT_EQ(oci_->lines_of("OCIAttrSet").size(), 1u);
 }
 
-TEST_F(OracleSession, SuccessWithInfoAtLogonLeavesTheSessionAttributeForLater) {
+TEST_F(OracleSession, SuccessWithInfoAtLogonSetsTheSessionAttributeAtOnce) {
   oci_->fail("OCISessionBegin", OCI_SUCCESS_WITH_INFO);
   COracleSession session(conn_t{});
   session.init(kLogonSysdba);
   EXPECT_TRUE(session.initialised());
   EXPECT_FALSE(session.instance_down());
-  EXPECT_EQ(oci_->lines_of("OCIAttrSet").size(), 1u);
+  // The server attribute, then the session attribute right after the logon.
+  EXPECT_EQ(oci_->lines_of("OCIAttrSet"),
+            (lines_t{"OCIAttrSet svcctx#3 type=3 attr=6 value=server#4 size=0 err=error#2",
+                     "OCIAttrSet svcctx#3 type=3 attr=7 value=session#5 size=0 err=error#2"}));
+  // The information is dropped: nothing was asked of the error handle.
+  EXPECT_EQ(oci_->count("OCIErrorGet"), 0u);
+  EXPECT_TRUE(session.env()->error_text().empty());
 }
 
 TEST_F(OracleSession, AttachFailureCarriesTheServerAndSessionTraceLines) {
