@@ -36,6 +36,9 @@ TEST_F(HostileLiteralOcisim, AnApostropheInTheTargetPathReachesTheServerAsOneLit
   win::create_directories(source);
   const std::string redo(512, 'r');  // one whole block, as the server copies whole blocks
   win::win_file_t::create(source)->write(static_cast<uint32_t>(redo.size()), redo.data());
+  // The server refuses to copy over an existing file: a copy left by an earlier run goes first.
+  const win::path_holder_t earlier(std::string("C:\\O'Brien\\arch\\x.arc"));
+  if (win::file_exists(earlier)) win::remove_file(earlier);
   COracleSessionHolder holder(u"ORCL", kHome, conn_t{}, false);
   copy_asm_file(holder.get_session(), "C:\\src\\arch\\x.arc", "C:\\O'Brien\\arch\\x.arc");
 

@@ -18,14 +18,15 @@ DSL_WCHAR* const kUntouched = reinterpret_cast<DSL_WCHAR*>(0x1234);
 class BackupExports : public ::testing::Test {
  protected:
   void SetUp() override {
+    saved_ = specific::oracle::COracleConfig::get();
     specific::oracle::COracleConfig config;
     config.tempLogPath = folder_.path(u"logs\\");
     config.restoreWaitInSec = 0;
     specific::oracle::COracleConfig::replace_for_tests(config);
   }
-  void TearDown() override {
-    specific::oracle::COracleConfig::replace_for_tests(specific::oracle::COracleConfig());
-  }
+  // The process's own record comes back, so that later tests see the registry's settings.
+  void TearDown() override { specific::oracle::COracleConfig::replace_for_tests(saved_); }
+  specific::oracle::COracleConfig saved_;
   dsl_test::test_folder_t folder_;
 };
 
