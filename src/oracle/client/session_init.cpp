@@ -52,10 +52,19 @@ exc::exc_ptr_t session_init_work_t::thread_failure() const {
   return threadFailure_;
 }
 
-void session_init_work_t::cut_off() {
+bool session_init_work_t::cut_off() {
   std::lock_guard<std::mutex> guard(lock_);
+  if (finished_) return false;
   if (session_) session_->set_terminated();
   cutOff_->store(true);
+  return true;
+}
+
+bool session_init_work_t::finish() {
+  std::lock_guard<std::mutex> guard(lock_);
+  if (cutOff_->load()) return false;
+  finished_ = true;
+  return true;
 }
 
 // The worker -------------------------------------------------------------------------------
@@ -129,15 +138,23 @@ bool run_session_worker_within(const std::shared_ptr<session_init_work_t>& work,
   // The loader's work is done here rather than on a thread that may be given up on; a client
   // that cannot be bound is tried again, and reported, by the worker.
   CWinOraInterface::bind();
-  session_worker_t worker([work, sid, home]() { run_session_worker(work, sid, home); });
+  session_worker_t worker([work, sid, home]() {
+    run_session_worker(work, sid, home);
+    // A worker given up on never ends its thread (session_worker.h).
+    if (!work->finish()) end_cut_off_worker();
+  });
   worker.wait_until_running();
   const auto deadline =
       std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now()) +
       timeout;
   if (worker.join_until(deadline)) return true;
   // The flags first, then the thread: whatever the worker does next must not reach the
-  // client, and the session it leaves must not be freed through it.
-  work->cut_off();
+  // client, and the session it leaves must not be freed through it. A worker that finished
+  // its body just as the deadline passed only has its thread's end left: it is joined.
+  if (!work->cut_off()) {
+    worker.join();
+    return true;
+  }
   logging::log_step_t terminating(logging::oralib(), "Terminating oracle init thread");
   worker.cut_off();
   terminating.ok();

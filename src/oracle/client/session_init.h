@@ -38,8 +38,13 @@ class session_init_work_t {
   exc::exc_ptr_t thread_failure() const;
 
   // Called by the waiting thread before it cuts the worker off: flags the session, if one
-  // exists, then the worker, so that neither calls the client again.
-  void cut_off();
+  // exists, then the worker, so that neither calls the client again. False, and nothing
+  // flagged, when the worker has already finished its body (finish()): then it is joined.
+  bool cut_off();
+  // Called by the worker when its body is done: true when it may end its thread, false when
+  // it was cut off first and must park (session_worker.h). Decided under the same lock as
+  // cut_off(), so exactly one of the two wins.
+  bool finish();
   bool is_cut_off() const { return cutOff_->load(); }
   const std::shared_ptr<std::atomic<bool>>& cut_off_flag() const { return cutOff_; }
 
@@ -50,6 +55,7 @@ class session_init_work_t {
   std::shared_ptr<COracleSession> session_;
   exc::exc_ptr_t threadFailure_;
   std::shared_ptr<std::atomic<bool>> cutOff_;
+  bool finished_ = false;
 };
 
 // The worker thread's body.

@@ -452,6 +452,23 @@ TEST(SessionInitWork, CutOffFlagsThePublishedSession) {
   EXPECT_TRUE(session->terminated());
 }
 
+TEST(SessionInitWork, AWorkerThatFinishedIsNotCutOffAndIsLeftToEnd) {
+  session_init_work_t work(conn_t{}, false);
+  auto session = std::make_shared<COracleSession>(conn_t{});
+  work.publish(session);
+  EXPECT_TRUE(work.finish());
+  EXPECT_FALSE(work.cut_off());
+  EXPECT_FALSE(work.is_cut_off());
+  EXPECT_FALSE(session->terminated());
+}
+
+TEST(SessionInitWork, AWorkerCutOffBeforeItFinishedMustPark) {
+  session_init_work_t work(conn_t{}, false);
+  EXPECT_TRUE(work.cut_off());
+  EXPECT_FALSE(work.finish());
+  EXPECT_TRUE(work.is_cut_off());
+}
+
 TEST(SessionInitFilter, DelayLoadFailuresAreLoggedAndHandled) {
   dsl_test::capture_log_t log;
   EXPECT_EQ(session_init_filter(0xC06D007E), seh_filter_result_t::execute_handler);
