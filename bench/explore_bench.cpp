@@ -55,14 +55,6 @@ double ms_since(bench_clock::time_point start) {
   return std::chrono::duration<double, std::milli>(bench_clock::now() - start).count();
 }
 
-std::string own_folder() {
-  char buffer[PATH_MAX];
-  const ssize_t length = ::readlink("/proc/self/exe", buffer, sizeof buffer);
-  if (length <= 0) fail("cannot find this program's path");
-  const std::string exe(buffer, static_cast<size_t>(length));
-  return exe.substr(0, exe.find_last_of('/'));
-}
-
 std::string log_name(int i) {
   return "C:\\arch\\ORCL\\ARC" + std::to_string(1000000000 + i).substr(1) + "_1040000000.0001";
 }
@@ -197,12 +189,7 @@ std::shared_ptr<COverallProps> document_of_logs() {
 }  // namespace
 
 int main() {
-  if (const char* configured = std::getenv("DSL_OCI_LIBRARY"); !configured || !*configured) {
-    const std::string library = own_folder() + "/../bin/ocisim/libclntsh.so";
-    if (!fs::exists(library)) fail("no simulated client at " + library + " (build target ocisim)");
-    ::setenv("DSL_OCI_LIBRARY", library.c_str(), 1);
-  }
-  ::unsetenv("OCISIM_JOURNAL");
+  bench::use_simulated_client("explore_bench");
   bench::scratch_folder_t folder("explore_bench", "dsl-explore-bench-");
   const std::string root = folder.path() + "/root";
   fs::create_directories(root + "/c/arch/ORCL");

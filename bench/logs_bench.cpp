@@ -60,14 +60,6 @@ double seconds_since(bench_clock::time_point start) {
   return std::chrono::duration<double>(bench_clock::now() - start).count();
 }
 
-std::string own_folder() {
-  char buffer[PATH_MAX];
-  const ssize_t length = ::readlink("/proc/self/exe", buffer, sizeof buffer);
-  if (length <= 0) fail("cannot find this program's path");
-  const std::string exe(buffer, static_cast<size_t>(length));
-  return exe.substr(0, exe.find_last_of('/'));
-}
-
 void run(std::vector<std::string> argv) {
   std::vector<char*> args;
   for (auto& a : argv) args.push_back(a.data());
@@ -246,12 +238,7 @@ bool deletion_figures(const std::string& root, const std::string& folder) {
 }  // namespace
 
 int main() {
-  if (const char* configured = std::getenv("DSL_OCI_LIBRARY"); !configured || !*configured) {
-    const std::string library = own_folder() + "/../bin/ocisim/libclntsh.so";
-    if (!fs::exists(library)) fail("no simulated client at " + library + " (build target ocisim)");
-    ::setenv("DSL_OCI_LIBRARY", library.c_str(), 1);
-  }
-  ::unsetenv("OCISIM_JOURNAL");
+  bench::use_simulated_client("logs_bench");
   bench::scratch_folder_t root("logs_bench", "dsl-logs-bench-");
   bench::scratch_folder_t sim("logs_bench", "dsl-logs-sim-");
   ::setenv("DBSHADOWLINK_ROOT", root.path().c_str(), 1);

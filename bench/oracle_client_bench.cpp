@@ -52,14 +52,6 @@ using bench::median;
 
 [[noreturn]] void fail(const std::string& text) { bench::fail("oracle_client_bench", text); }
 
-std::string own_folder() {
-  char buffer[PATH_MAX];
-  const ssize_t length = ::readlink("/proc/self/exe", buffer, sizeof buffer);
-  if (length <= 0) fail("cannot find this program's path");
-  const std::string exe(buffer, static_cast<size_t>(length));
-  return exe.substr(0, exe.find_last_of('/'));
-}
-
 std::string scenario(int archivedLogs) {
   std::string xml =
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -191,12 +183,7 @@ bool report(const char* what, const std::vector<double>& samples, double target)
 }  // namespace
 
 int main() {
-  if (const char* configured = std::getenv("DSL_OCI_LIBRARY"); !configured || !*configured) {
-    const std::string library = own_folder() + "/../bin/ocisim/libclntsh.so";
-    if (!fs::exists(library)) fail("no simulated client at " + library + " (build target ocisim)");
-    ::setenv("DSL_OCI_LIBRARY", library.c_str(), 1);
-  }
-  ::unsetenv("OCISIM_JOURNAL");
+  bench::use_simulated_client("oracle_client_bench");
   COracleConfig config;
   config.connectionTimeoutSec = 60;
   COracleConfig::replace_for_tests(config);

@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "test_platform.h"
-#include "test_text.h"
+#include "support/test_text.h"
 
 namespace fs = std::filesystem;
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "DbShadowLink.h"
-#include "process_runner.h"
+#include "support/process_runner.h"
 
 namespace console_test {
 

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "test_text.h"
+#include "support/test_text.h"
 
 namespace console_test {
 

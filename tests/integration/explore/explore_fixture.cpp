@@ -16,6 +16,7 @@
 #include "oracle/client/env_variable.h"
 #include "oracle/client/oci_loader.h"
 #include "oracle/client/ora_interface.h"
+#include "support/schema_check.h"
 
 namespace explore_test {
 
@@ -204,13 +205,7 @@ std::string explore_test_t::explore_failure(bool collect, const std::u16string& 
 }
 
 void explore_test_t::expect_valid(const std::string& document, const char* schema) {
-  const auto file = dir_ / "document.xml";
-  write_bytes(file, document);
-  const char* root = std::getenv("DSL_SOURCE_DIR");
-  std::string output;
-  EXPECT_TRUE(validate_file(std::string(root ? root : ".") + "/docs/schemas/" + schema,
-                            native(file), output))
-      << output;
+  EXPECT_EQ(dsl_test::schema_problems(document, schema), "");
 }
 
 void explore_test_t::expect_document(const std::string& document, const std::string& name) {

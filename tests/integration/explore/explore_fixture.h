@@ -60,9 +60,7 @@ std::string source_file(const std::string& relative);
 std::vector<std::string> document_differences(const std::string& expected, const std::string& actual);
 std::string normalised(const std::string& document);
 
-// Platform: the built ocisim client; validation of a file with xmllint (the output is
-// returned, `valid` tells the outcome).
+// Platform: the built ocisim client.
 std::string ocisim_library();
-bool validate_file(const std::string& xsd, const std::string& file, std::string& output);
 
 }  // namespace explore_test

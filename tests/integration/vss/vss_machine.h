@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "../console/process_runner.h"
+#include "support/process_runner.h"
+#include "support/schema_check.h"
 
 namespace vss_test {
 
@@ -37,7 +38,9 @@ std::string scenario_path(const std::string& name);  // a file of tests/scenario
 std::string log_file(const std::string& name);       // where the library keeps log `name`
 // xmllint --noout --schema <docs/schemas/name> on `document`; empty when valid, else what it
 // said.
-std::string schema_errors(const std::string& name, const std::string& document);
+inline std::string schema_errors(const std::string& name, const std::string& document) {
+  return dsl_test::schema_problems(document, name);
+}
 
 class vss_console_t : public ::testing::Test {
  protected:

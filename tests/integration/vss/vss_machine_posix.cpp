@@ -61,11 +61,4 @@ std::string log_file(const std::string& name) {
   return std::string(root != nullptr ? root : ".") + "/c/ProgramData/Trelo/Backup/" + name;
 }
 
-std::string schema_errors(const std::string& name, const std::string& document) {
-  const auto run = console_test::run_process("/usr/bin/xmllint",
-                                             {"--noout", "--schema", source_dir() + "/docs/schemas/" + name, "-"}, document);
-  if (run.exit_code == 0) return std::string();
-  return "xmllint exit " + std::to_string(run.exit_code) + ": " + run.err + run.out;
-}
-
 }  // namespace vss_test

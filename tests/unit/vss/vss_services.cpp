@@ -1,6 +1,6 @@
 #include "vss_services.h"
 
-#include "../win_services/svc_machine.h"
+#include "support/svc_machine.h"
 
 namespace dsl_test {
 

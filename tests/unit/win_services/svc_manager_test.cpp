@@ -11,7 +11,7 @@
 #include "common/exc/sys_text.h"
 #include "common/win/svc_api.h"
 #include "common/win/svc_manager.h"
-#include "svc_machine.h"
+#include "support/svc_machine.h"
 #include "support/thrown.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include <string>
 
 #include "DbShadowLink.h"
-#include "test_text.h"
+#include "support/test_text.h"
 
 using console_test::dsl_string_t;
 using console_test::from_dsl;

@@ -1,4 +1,4 @@
-#include "svc_machine.h"
+#include "support/svc_machine.h"
 
 namespace dsl_test {
 

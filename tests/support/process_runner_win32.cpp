@@ -1,11 +1,11 @@
-#include "process_runner.h"
+#include "support/process_runner.h"
 
 #include <windows.h>
 
 #include <optional>
 #include <stdexcept>
 
-#include "test_text.h"
+#include "support/test_text.h"
 
 namespace console_test {
 

@@ -1,4 +1,4 @@
-#include "test_text.h"
+#include "support/test_text.h"
 
 #include <stdexcept>
 

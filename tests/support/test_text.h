@@ -1,5 +1,5 @@
-// UTF-8 and UTF-16 for the console tests, written apart from the host's own conversion so that
-// the tests check the host against an independent reading of the same texts.
+// UTF-8 and UTF-16 for the tests, written apart from the library's own conversion so that the
+// tests check the console host against an independent reading of the same texts.
 #pragma once
 #include <string>
 #include <string_view>

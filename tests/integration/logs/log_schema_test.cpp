@@ -2,13 +2,11 @@
 // xmllint: the list of a backup, each description file, and the enumerated list.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-
 #include "common/text/convert.h"
 #include "frame/oracle_manager.h"
 #include "logs_fixture.h"
 #include "logs_scenario.h"
+#include "support/schema_check.h"
 
 namespace logs_test {
 namespace {
@@ -20,19 +18,9 @@ class LogSchemaTest : public logs_test_t {
  protected:
   // xmllint's verdict on `text`, with its output on failure.
   ::testing::AssertionResult valid(const std::string& text) {
-    const char* source = std::getenv("DSL_SOURCE_DIR");
-    if (!source) return ::testing::AssertionFailure() << "DSL_SOURCE_DIR is not set";
-    const std::string file = native_path(*folder_, base() + "sim\\doc.xml");
-    const std::string out = native_path(*folder_, base() + "sim\\xmllint.txt");
-    std::ofstream(file, std::ios::binary) << text;
-    const std::string command = "xmllint --noout --schema '" + std::string(source) +
-                                "/docs/schemas/archived-logs.xsd' '" + file + "' >'" + out +
-                                "' 2>&1";
-    const int status = std::system(command.c_str());
-    if (status == 0) return ::testing::AssertionSuccess();
-    std::ifstream in(out);
-    std::string message((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    return ::testing::AssertionFailure() << message << "\n" << text;
+    const std::string problems = dsl_test::schema_problems(text, "archived-logs.xsd");
+    if (problems.empty()) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << problems << "\n" << text;
   }
 };
 

@@ -8,7 +8,7 @@
 #include "common/text/convert.h"
 #include "common/win/reg_api.h"
 #include "common/win/reg_file.h"
-#include "svc_machine.h"
+#include "support/svc_machine.h"
 
 namespace dsl_test {
 

@@ -1,5 +1,6 @@
 // Runs a program as a child process and captures what it writes and how it ends, for tests
-// that drive the console host from outside. Call from the test's main thread.
+// that drive a program from outside (the console host, the schema tool). Call from the test's
+// main thread.
 #pragma once
 #include <string>
 #include <utility>

@@ -1,2 +1,0 @@
-// The service tests' helper (tests/unit/win_services), built into this program too.
-#include "../win_services/svc_machine_posix.cpp"
