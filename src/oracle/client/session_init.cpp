@@ -139,7 +139,12 @@ bool run_session_worker_within(const std::shared_ptr<session_init_work_t>& work,
   // that cannot be bound is tried again, and reported, by the worker.
   CWinOraInterface::bind();
   session_worker_t worker([work, sid, home]() {
-    run_session_worker(work, sid, home);
+    try {
+      run_session_worker(work, sid, home);
+    } catch (...) {
+      // Not of the library's family (the body catches those): the worker's end decides all
+      // the same below.
+    }
     // A worker given up on never ends its thread (session_worker.h).
     if (!work->finish()) end_cut_off_worker();
   });
@@ -152,7 +157,9 @@ bool run_session_worker_within(const std::shared_ptr<session_init_work_t>& work,
   // client, and the session it leaves must not be freed through it. A worker that finished
   // its body just as the deadline passed only has its thread's end left: it is joined.
   if (!work->cut_off()) {
-    worker.join();
+    // Its outcome is in the work record already; the end of its thread is waited for only a
+    // little, since a thread's end needs the loader's lock, which a hung worker may hold.
+    worker.join_until(std::chrono::system_clock::now() + std::chrono::seconds(10));
     return true;
   }
   logging::log_step_t terminating(logging::oralib(), "Terminating oracle init thread");

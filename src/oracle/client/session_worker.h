@@ -26,7 +26,7 @@
 //     own locks, and one that ran while the process ends, or while another thread loads or
 //     unloads a library, was seen to freeze the process under Wine. Whether the body finished
 //     in time or was given up on is decided once, under the work record's lock, so a worker
-//     is either joined by its holder or parked, never left to end on its own;
+//     is either waited for by its holder or parked, never left to end unobserved;
 //   - lines the worker writes before it reaches the gate (a step that ends) still go to the
 //     log, under the log's own lock, as any thread's lines do.
 // So the caller returns at the deadline whatever the client does, and no later call reaches
@@ -56,10 +56,6 @@ class session_worker_t {
   // Waits until the thread has ended or `deadline` has passed; true when it ended. A deadline
   // in the past only looks.
   bool join_until(clock_t::time_point deadline);
-
-  // Waits without a limit until the thread has ended: for a worker that has already finished
-  // its body and only has its thread's end left.
-  void join();
 
   // Gives up on a thread that did not end in time (see above). Returns at once.
   void cut_off();

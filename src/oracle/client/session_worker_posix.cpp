@@ -64,10 +64,6 @@ bool session_worker_t::join_until(clock_t::time_point deadline) {
   return true;
 }
 
-void session_worker_t::join() {
-  if (impl_->thread.joinable()) impl_->thread.join();
-}
-
 void session_worker_t::cut_off() {
   if (impl_->thread.joinable()) impl_->thread.detach();
 }

@@ -89,8 +89,6 @@ bool session_worker_t::join_until(clock_t::time_point deadline) {
   }
 }
 
-void session_worker_t::join() { ::WaitForSingleObject(impl_->thread, INFINITE); }
-
 void session_worker_t::cut_off() {
   // Nothing to do to the thread itself: it is left to itself, and its handle is closed with
   // this object. The gate ends it at its next call (end_cut_off_worker).

@@ -9,8 +9,10 @@
 #include "common/exc/rethrow.h"
 #include "common/logging/log_channel.h"
 #include "common/logging/log_step.h"
+#include "common/text/compare.h"
 #include "common/text/convert.h"
 #include "common/win/file.h"
+#include "common/win/file_sys.h"
 #include "common/win/path.h"
 #include "common/win/path_ops.h"
 #include "common/xml/xml_attr.h"
@@ -164,10 +166,21 @@ bool lies_in_logs_folder(const std::string& path, const std::u16string& folder) 
   std::u16string dir, name;
   win::split_path(util::from_utf8(path), dir, name);
   // Only a file directly in the folder: "." and ".." name no file, and a folder that merely
-  // contains them is not the logs folder part by part.
+  // contains them is not the logs folder part by part. The meta file lies there too, but it
+  // is the restore's signal in the snapshot and no log's description: it is never removed here.
   return !name.empty() && name != u"." && name != u".." &&
+         !util::equals_nocase(name, u"OracleMeta.xml") &&
          win::path_relation(dir, folder) == win::kPathEqual;
 }
+
+namespace {
+
+// A regular file, not a folder: the removal deletes files only.
+bool is_regular_file(const std::string& path) {
+  return win::sys::status(util::from_utf8(path)) == win::sys::file_kind_t::regular;
+}
+
+}  // namespace
 
 void remove_described_logs(const std::u16string& logsXml, const std::u16string& folder) {
   try {
@@ -190,7 +203,8 @@ void remove_described_logs(const std::u16string& logsXml, const std::u16string& 
                 "Log [%1] does not lie in the logs folder [%2]; it is not deleted.", logPath,
                 util::to_utf8(folder));
           }
-          if (isLogCopied && logInFolder && win::file_exists(win::path_holder_t(logPath))) {
+          if (isLogCopied && logInFolder && win::file_exists(win::path_holder_t(logPath)) &&
+              is_regular_file(logPath)) {
             logging::oralib().info("Found oracle log to delete: %1", logPath);
             win::remove_file(win::path_holder_t(logPath));
           }
@@ -202,7 +216,8 @@ void remove_described_logs(const std::u16string& logsXml, const std::u16string& 
             logging::oralib().warn(
                 "Description [%1] does not lie in the logs folder [%2]; it is not deleted.",
                 xmlLogPath, util::to_utf8(folder));
-          } else if (win::file_exists(win::path_holder_t(xmlLogPath))) {
+          } else if (win::file_exists(win::path_holder_t(xmlLogPath)) &&
+                     is_regular_file(xmlLogPath)) {
             win::remove_file(win::path_holder_t(xmlLogPath));
           }
         } catch (const std::exception& e) {

@@ -49,7 +49,8 @@ std::u16string enumerate_descriptions(const std::u16string& folder);
 void remove_described_logs(const std::u16string& logsXml, const std::u16string& folder);
 
 // True when `path` names a file directly in `folder` (compared part by part, without regard to
-// case); "." and ".." never do.
+// case); "." and ".." never do, nor the meta file OracleMeta.xml. Only regular files are
+// removed: a folder of that name stays.
 bool lies_in_logs_folder(const std::string& path, const std::u16string& folder);
 
 // The removal's rule for `isLogCopied`: missing, or any value but "false" and "0" (any case),

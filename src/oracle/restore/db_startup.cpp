@@ -1,5 +1,6 @@
 #include "oracle/restore/db_startup.h"
 
+#include "common/exc/exc_base.h"
 #include "common/exc/exc_log.h"
 #include "common/exc/rethrow.h"
 #include "common/logging/log_step.h"
@@ -42,6 +43,12 @@ std::string pdb_mode_query(const std::u16string& name) {
 }
 
 std::string pdb_open_statement(const std::u16string& name, const std::u16string& mode) {
+  // The mode comes from a document that travelled through the agent: only the three forms a
+  // preparation records (with MIGRATE already turned into UPGRADE) may follow OPEN.
+  if (mode != u"READ ONLY" && mode != u"READ WRITE" && mode != u"UPGRADE") {
+    throw exc::runtime_exc_t("The open mode [%1] of a plugged database cannot be restored.",
+                             util::to_utf8(mode));
+  }
   return "ALTER PLUGGABLE DATABASE " + sql::quoted_identifier(util::to_multibyte(name)) +
          " OPEN " + util::to_multibyte(mode);
 }

@@ -1,5 +1,7 @@
 #include "oracle/restore/restore_driver.h"
 
+#include <cstdint>
+
 #include "common/logging/log_channel.h"
 #include "common/text/convert.h"
 #include "common/win/path_ops.h"
@@ -37,7 +39,11 @@ void CRestoreDriver::do_restore() {
   // comes first, whether or not there is anything to restore.
   const uint32_t waitSec = COracleConfig::get().restoreWaitInSec;
   logging::oralib().info("Waiting for %1 sec", std::to_string(waitSec));
-  if (waitSec != 0) restore_sleep(waitSec * 1000u);
+  // In 64 bits: a setting above 4,294,967 s must not wrap into a short wait.
+  if (waitSec != 0) {
+    const uint64_t milliseconds = static_cast<uint64_t>(waitSec) * 1000u;
+    restore_sleep(milliseconds > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(milliseconds));
+  }
   const std::u16string path = CDbsBackupXml::meta_path();
   std::u16string document;
   conn_t conn;

@@ -3,6 +3,8 @@
 // and the plugged databases.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 #include <algorithm>
 
 #include "backup_fixture.h"
@@ -124,6 +126,14 @@ TEST_F(RestoreTest, PdbNameIsQuotedInBothStatements) {
             "SELECT OPEN_MODE FROM V$PDBS WHERE NAME = 'A''B'");
   EXPECT_EQ(specific::oracle::pdb_open_statement(u"X\" OPEN; --", u"READ WRITE"),
             "ALTER PLUGGABLE DATABASE \"X\"\" OPEN; --\" OPEN READ WRITE");
+}
+
+TEST_F(RestoreTest, PdbModeOtherThanTheThreeRecordedFormsNeverReachesTheStatement) {
+  EXPECT_EQ(specific::oracle::pdb_open_statement(u"P1", u"UPGRADE"),
+            "ALTER PLUGGABLE DATABASE \"P1\" OPEN UPGRADE");
+  for (const std::u16string mode : {u"MIGRATE", u"MOUNTED", u"READ WRITE; DROP USER X", u""}) {
+    EXPECT_THROW(specific::oracle::pdb_open_statement(u"P1", mode), std::exception);
+  }
 }
 
 TEST_F(RestoreTest, EmptyPdbListOpensNeitherStepNorSession) {
@@ -258,6 +268,13 @@ TEST_F(RestoreTest, DoRestoreWithoutMetaFileStillWaitsAndSucceeds) {
   apply_config();
   EXPECT_NO_THROW(COracleManager::instance().do_restore());
   EXPECT_EQ(sleeps_, (std::vector<uint32_t>{2000}));
+}
+
+TEST_F(RestoreTest, AWaitTooLongForThirtyTwoBitsOfMillisecondsIsCutRatherThanWrapped) {
+  config().restoreWaitInSec = 5000000;  // 5e9 ms: wrapped, it would be about 0.7e9 ms
+  apply_config();
+  COracleManager::instance().do_restore();
+  EXPECT_EQ(sleeps_, (std::vector<uint32_t>{UINT32_MAX}));
 }
 
 TEST_F(RestoreTest, ZeroWaitSleepsNothing) {

@@ -2,6 +2,9 @@
 // what the agent has taken, in a private folder.
 #include <gtest/gtest.h>
 
+#include "common/exc/exc_base.h"
+#include "common/win/file_hooks.h"
+#include "support/capture_receiver.h"
 #include "common/text/convert.h"
 #include "oracle/logs/log_descriptions.h"
 #include "support/test_folder.h"
@@ -199,6 +202,18 @@ TEST_F(LogDescriptionsTest, RemoveDeletesTheDescriptionInTheFolderOfALogOutsideI
   EXPECT_FALSE(folder_.raw_exists(u"logs\\{g}.xml"));
 }
 
+TEST_F(LogDescriptionsTest, RemoveNeverDeletesTheMetaFileNorAFolder) {
+  folder_.raw_write(u"OracleMeta.xml", "<restore/>");
+  folder_.raw_mkdir(u"{empty}");
+  remove_described_logs(u"<archived_logs><archived_log logPath=\"" +
+                            folder_.path(u"OracleMeta.xml") + u"\"/><archived_log logPath=\"" +
+                            folder_.path(u"{empty}") + u"\" xmlLogPath=\"" +
+                            folder_.path(u"oraclemeta.XML") + u"\"/></archived_logs>",
+                        folder_.base());
+  EXPECT_TRUE(folder_.raw_exists(u"OracleMeta.xml"));
+  EXPECT_TRUE(folder_.raw_exists(u"{empty}"));
+}
+
 TEST_F(LogDescriptionsTest, LiesInLogsFolderTakesDirectChildrenOnly) {
   EXPECT_TRUE(lies_in_logs_folder("C:\\L\\{g}", u"C:\\L\\"));
   EXPECT_TRUE(lies_in_logs_folder("c:/l/{g}.xml", u"C:\\L"));
@@ -276,15 +291,33 @@ TEST_F(LogDescriptionsTest, RemoveOfFiftyThousandElementsHandlesEveryOne) {
   EXPECT_TRUE(folder_.raw_exists(u"unlisted"));
 }
 
+// A policy that refuses every path whose name ends in "busy": the removal of that element fails.
+class refuse_busy_t : public win::file_hooks_t {
+ public:
+  void check_access(const win::path_holder_t& path) override {
+    const std::string text = path.narrow_or_empty();
+    if (text.size() >= 4 && text.compare(text.size() - 4, 4, "busy") == 0) {
+      throw exc::win_sys_exc_t("Access to [%1] is refused.", text, /*access denied*/ 5);
+    }
+  }
+};
+
 TEST_F(LogDescriptionsTest, RemoveGoesOnAfterOneElementFails) {
-  folder_.raw_mkdir(u"busy");
-  folder_.raw_write(u"busy\\inside", "x");  // a folder that is not empty cannot be deleted
+  folder_.raw_write(u"busy", "log");
   folder_.raw_write(u"after", "log");
+  win::set_file_hooks(std::make_shared<refuse_busy_t>());
+  dsl_test::capture_log_t log;
   remove_described_logs(u"<archived_logs><archived_log logPath=\"" + folder_.path(u"busy") +
                         u"\"/><archived_log logPath=\"" + folder_.path(u"after") +
                         u"\"/></archived_logs>", folder_.base());
+  win::set_file_hooks(nullptr);
   EXPECT_TRUE(folder_.raw_exists(u"busy"));
   EXPECT_FALSE(folder_.raw_exists(u"after"));
+  bool logged = false;
+  for (const auto& line : log.bodies()) {
+    if (line.find("Failed to remove log [") != std::string::npos) logged = true;
+  }
+  EXPECT_TRUE(logged);
 }
 
 }  // namespace
