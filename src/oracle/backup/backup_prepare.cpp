@@ -146,11 +146,11 @@ std::u16string upper_sid(const std::u16string& sid) {
 sid_set_t CDbsBackupPrepare::parse_writer_sids(const std::u16string& configXml) {
   sid_set_t sids;
   if (configXml.empty()) return sids;
-  const xml::xml_doc_ptr_t doc = xml::parse(util::to_multibyte(configXml));
+  const xml::xml_doc_ptr_t doc = xml::parse(util::to_utf8(configXml));
   const xml::xml_node_ref_t root = xml::child(xml::root_ref(doc), "databases");
   for (xml::xml_node_ref_t c = xml::first_child(root); c; c = xml::next_sibling(c)) {
     if (c.node->ToElement() == nullptr) continue;
-    sids.insert(upper_sid(util::to_unicode(xml::attr(c, "sid"))));
+    sids.insert(upper_sid(util::from_utf8(xml::attr(c, "sid"))));
   }
   return sids;
 }

@@ -33,7 +33,7 @@ xml::xml_node_ref_t next_element(const xml::xml_node_ref_t& ref) {
 }
 
 std::u16string wide_attr(const xml::xml_node_ref_t& element, const char* name) {
-  return util::to_unicode(xml::attr(element, name));
+  return util::from_utf8(xml::attr(element, name));
 }
 
 // Days since 1970-01-01 to a civil date (proleptic Gregorian), so that the stamp needs no
@@ -58,26 +58,26 @@ std::u16string CDbsBackupXml::write_document(const info_list_t& infos) {
   const xml::xml_node_ref_t root = xml::add_element(xml::root_ref(doc), "databases");
   for (const info_ptr_t& info : infos) {
     const xml::xml_node_ref_t db = xml::add_element(root, "database");
-    xml::set_attr(db, "sid", util::to_multibyte(info->sid));
-    xml::set_attr(db, "home", util::to_multibyte(info->home));
-    xml::set_attr(db, "timeUtc", util::to_multibyte(info->timeUtc));
-    xml::set_attr(db, "scn", util::to_multibyte(info->scn));
-    xml::set_attr(db, "errMsg", util::to_multibyte(info->errMsg));
+    xml::set_attr(db, "sid", util::to_utf8(info->sid));
+    xml::set_attr(db, "home", util::to_utf8(info->home));
+    xml::set_attr(db, "timeUtc", util::to_utf8(info->timeUtc));
+    xml::set_attr(db, "scn", util::to_utf8(info->scn));
+    xml::set_attr(db, "errMsg", util::to_utf8(info->errMsg));
     xml::set_action_attr(db, static_cast<int32_t>(info->action));
     // Says only that the preparation did not fail, for "vss" as for "backup".
     xml::set_attr(db, "BackupWithBackupState", info->action != kActionFailure);
     const xml::xml_node_ref_t pdbs = xml::add_element(db, "pdbs");
     for (const SPdbInfo& pdb : info->pdbs) {
       const xml::xml_node_ref_t p = xml::add_element(pdbs, "database");
-      xml::set_attr(p, "name", util::to_multibyte(pdb.name));
-      xml::set_attr(p, "mode", util::to_multibyte(pdb.mode));
+      xml::set_attr(p, "name", util::to_utf8(pdb.name));
+      xml::set_attr(p, "mode", util::to_utf8(pdb.mode));
     }
   }
-  return util::to_unicode(xml::print(doc));
+  return util::from_utf8(xml::print(doc));
 }
 
 CDbsBackupXml::info_list_t CDbsBackupXml::read_document(const std::u16string& text) {
-  const std::string narrow = util::to_multibyte(text);
+  const std::string narrow = util::to_utf8(text);
   const xml::xml_doc_ptr_t doc = xml::parse(narrow);
   logging::oralib().info("XML: %1", narrow);
   const xml::xml_node_ref_t root = xml::child(xml::root_ref(doc), "databases");
@@ -140,7 +140,7 @@ void CDbsBackupXml::save_meta(const std::u16string& path, const std::u16string& 
   try {
     const xml::xml_doc_ptr_t doc = xml::new_doc();
     const xml::xml_node_ref_t root = xml::add_element(xml::root_ref(doc), "restore");
-    xml::set_attr(root, "dbPrepareXml", util::base64_encode(util::to_multibyte(document)));
+    xml::set_attr(root, "dbPrepareXml", util::base64_encode(util::to_utf8(document)));
     // The blocks hold nothing of the credentials: only that some were given.
     std::string block;
     if (!conn.first.empty() && crypto::serialize_protected(conn.first, conn.second, block)) {
@@ -189,7 +189,7 @@ void CDbsBackupXml::read_meta_text(const std::string& text, std::u16string& docu
                                    std::u16string& osPassword) {
   const xml::xml_doc_ptr_t doc = xml::parse(text);
   const xml::xml_node_ref_t root = xml::child(xml::root_ref(doc), "restore");
-  document = util::to_unicode(util::base64_decode(xml::attr(root, "dbPrepareXml")));
+  document = util::from_utf8(util::base64_decode(xml::attr(root, "dbPrepareXml")));
   std::string block;
   if (xml::query_attr(root, "conn", block)) {
     crypto::deserialize_protected(block, conn.first, conn.second);

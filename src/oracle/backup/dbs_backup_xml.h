@@ -10,6 +10,10 @@
 // Meta file: <restore dbPrepareXml="base64 of the document" [conn="block"] [os_conn="block"]/>.
 // The credential blocks are the fixed empty blocks of crypto::serialize_protected: no user name
 // and no password ever reach the file, so the restore always connects with an empty login.
+//
+// Both texts are UTF-8 inside, as the explored document and the log descriptions are: a SID,
+// home or plugged database outside the system code page must come back to finish and restore
+// exactly as it was prepared, or the database prepared would not be found again.
 #pragma once
 #include <cstdint>
 #include <memory>

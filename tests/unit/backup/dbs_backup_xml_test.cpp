@@ -46,6 +46,20 @@ TEST(PrepareDocument, RecordIsWrittenWithEveryAttributeInItsOrderAndAPdbsChild) 
             u"<database name=\"P2\" mode=\"MIGRATE\" /></pdbs></database></databases>");
 }
 
+TEST(PrepareDocument, NamesOutsideTheSystemCodePageComeBackExactly) {
+  // Greek, CJK and a character outside the Basic Multilingual Plane: a finish must find the
+  // database it prepared, whatever the machine's code page.
+  auto i = info(u"\u03A9RCL", 2);
+  i->home = u"C:\\\u65E5\u672C\\\U0001F600\\dbhome_1";
+  i->pdbs = {SPdbInfo{u"P\u00C9\u03A3", u"READ WRITE"}};
+  const auto back = CDbsBackupXml::read_document(CDbsBackupXml::write_document({i}));
+  ASSERT_EQ(back.size(), 1u);
+  EXPECT_EQ(back[0]->sid, i->sid);
+  EXPECT_EQ(back[0]->home, i->home);
+  ASSERT_EQ(back[0]->pdbs.size(), 1u);
+  EXPECT_EQ(back[0]->pdbs[0].name, i->pdbs[0].name);
+}
+
 TEST(PrepareDocument, EmptyListIsADatabasesElementWithoutChildren) {
   EXPECT_EQ(CDbsBackupXml::write_document({}), u"<databases />");
 }
