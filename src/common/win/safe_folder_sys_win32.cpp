@@ -4,6 +4,8 @@
 #include <aclapi.h>
 #include <sddl.h>
 
+#include <algorithm>
+#include <cwchar>
 #include <memory>
 #include <vector>
 
@@ -53,6 +55,47 @@ bool is_trusted(PSID sid, const std::vector<BYTE>& self) {
   return !self.empty() && ::EqualSid(sid, const_cast<BYTE*>(self.data())) != FALSE;
 }
 
+// A group that stands for users at large: any of them could plant a link or a file. Write
+// rights for one of these make a folder unsafe. An account or group granted by name (the
+// account an Oracle service runs as, which writes parameter files and ASM copies into these
+// folders) is an administrator's choice and stays.
+bool is_broad_group(PSID sid) {
+  static const WELL_KNOWN_SID_TYPE kBroad[] = {
+      WinWorldSid,       WinAuthenticatedUserSid, WinBuiltinUsersSid, WinInteractiveSid,
+      WinAnonymousSid,   WinBuiltinGuestsSid,     WinNetworkSid,      WinBatchSid,
+      WinLocalSid,       WinDialupSid,            WinRemoteLogonIdSid, WinThisOrganizationSid,
+      WinCreatorOwnerSid, WinCreatorGroupSid};
+  for (const WELL_KNOWN_SID_TYPE type : kBroad) {
+    if (is_well_known(sid, type)) return true;
+  }
+  // Domain Users, Domain Guests and Domain Computers of any domain (S-1-5-21-...-513/514/515).
+  const SID_IDENTIFIER_AUTHORITY* authority = ::GetSidIdentifierAuthority(sid);
+  const SID_IDENTIFIER_AUTHORITY nt = SECURITY_NT_AUTHORITY;
+  const UCHAR count = *::GetSidSubAuthorityCount(sid);
+  if (authority != nullptr && std::equal(nt.Value, nt.Value + 6, authority->Value) &&
+      count >= 2 && *::GetSidSubAuthority(sid, 0) == SECURITY_NT_NON_UNIQUE) {
+    const DWORD rid = *::GetSidSubAuthority(sid, count - 1);
+    if (rid == DOMAIN_GROUP_RID_USERS || rid == DOMAIN_GROUP_RID_GUESTS ||
+        rid == DOMAIN_GROUP_RID_COMPUTERS) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// A write entry that the check lets stand: trusted, granted by name, or a creator entry that
+// applies only to what is made inside.
+bool write_entry_accepted(const ACE_HEADER* header, PSID sid, const std::vector<BYTE>& self) {
+  if (is_trusted(sid, self)) return true;
+  // The creator of something made inside stands for that creator, who can only be trusted
+  // once this folder is safe.
+  if ((header->AceFlags & INHERIT_ONLY_ACE) != 0 &&
+      (is_well_known(sid, WinCreatorOwnerSid) || is_well_known(sid, WinCreatorGroupSid))) {
+    return true;
+  }
+  return !is_broad_group(sid);
+}
+
 // The reason the access list lets somebody else write, or empty.
 std::string dacl_problem(PACL dacl, const std::vector<BYTE>& self) {
   if (dacl == nullptr) return "it has no access list, so everybody may write in it";
@@ -71,14 +114,9 @@ std::string dacl_problem(PACL dacl, const std::vector<BYTE>& self) {
     const auto* ace = static_cast<const ACCESS_ALLOWED_ACE*>(raw);
     if ((ace->Mask & kWriteRights) == 0) continue;
     PSID sid = const_cast<DWORD*>(&ace->SidStart);
-    if (is_trusted(sid, self)) continue;
-    // The creator of something made inside stands for that creator, who can only be trusted
-    // once this folder is safe.
-    if ((header->AceFlags & INHERIT_ONLY_ACE) != 0 &&
-        (is_well_known(sid, WinCreatorOwnerSid) || is_well_known(sid, WinCreatorGroupSid))) {
-      continue;
-    }
-    return "users other than SYSTEM and the Administrators may write in it";
+    if (write_entry_accepted(header, sid, self)) continue;
+    return "users other than SYSTEM, the Administrators and accounts granted by name may write "
+           "in it";
   }
   return std::string();
 }
@@ -110,6 +148,37 @@ std::unique_ptr<void, local_free_t> descriptor_of(const std::wstring& sddl) {
 }
 
 std::unique_ptr<void, local_free_t> safe_descriptor() { return descriptor_of(safe_sddl()); }
+
+// The safe descriptor, with the write entries granted by name in `dacl` kept: a repair takes
+// away only what users at large were given.
+std::wstring repaired_sddl(PACL dacl, const std::vector<BYTE>& self) {
+  std::wstring sddl = safe_sddl();
+  ACL_SIZE_INFORMATION info = {};
+  if (dacl == nullptr || !::GetAclInformation(dacl, &info, sizeof info, AclSizeInformation)) {
+    return sddl;
+  }
+  for (DWORD i = 0; i < info.AceCount; ++i) {
+    void* raw = nullptr;
+    if (!::GetAce(dacl, i, &raw)) continue;
+    const ACE_HEADER* header = static_cast<const ACE_HEADER*>(raw);
+    if (header->AceType != ACCESS_ALLOWED_ACE_TYPE) continue;
+    const auto* ace = static_cast<const ACCESS_ALLOWED_ACE*>(raw);
+    PSID sid = const_cast<DWORD*>(&ace->SidStart);
+    if (is_trusted(sid, self) || is_broad_group(sid)) continue;
+    wchar_t* text = nullptr;
+    if (!::ConvertSidToStringSidW(sid, &text)) continue;
+    std::wstring flags;
+    if (header->AceFlags & OBJECT_INHERIT_ACE) flags += L"OI";
+    if (header->AceFlags & CONTAINER_INHERIT_ACE) flags += L"CI";
+    if (header->AceFlags & NO_PROPAGATE_INHERIT_ACE) flags += L"NP";
+    if (header->AceFlags & INHERIT_ONLY_ACE) flags += L"IO";
+    wchar_t mask[16];
+    std::swprintf(mask, 16, L"0x%lx", static_cast<unsigned long>(ace->Mask));
+    sddl += L"(A;" + flags + L";" + mask + L";;;" + text + L")";
+    ::LocalFree(text);
+  }
+  return sddl;
+}
 
 // What the check says of an owner and an access list: empty when safe; `repairable` when only
 // the list is at fault.
@@ -181,7 +250,7 @@ folder_state_t inspect_folder(const std::u16string& path, std::string& reason) {
   }
   if (state == folder_state_t::refused && repairable) {
     // The owner is one of ours: the list is ours to mend.
-    const auto safe = safe_descriptor();
+    const auto safe = descriptor_of(repaired_sddl(dacl, self));
     PACL safe_dacl = nullptr;
     BOOL present = FALSE, defaulted = FALSE;
     if (can_repair && safe &&

@@ -192,15 +192,33 @@ TEST(DataFolderDescriptor, TheLibraryGivesItsFoldersAProtectedListOfTrustedWrite
 TEST(DataFolderDescriptor, AListThatLetsOthersWriteIsRepairableUnderATrustedOwner) {
   bool repairable = false;
   EXPECT_EQ(problem_of(u"O:SYD:P(A;OICI;FA;;;WD)(A;OICI;FA;;;SY)", repairable),
-            "users other than SYSTEM and the Administrators may write in it");
+            "users other than SYSTEM, the Administrators and accounts granted by name may write "
+            "in it");
   EXPECT_TRUE(repairable);
   EXPECT_EQ(problem_of(u"O:BAD:(A;;GW;;;BU)", repairable),
-            "users other than SYSTEM and the Administrators may write in it");
+            "users other than SYSTEM, the Administrators and accounts granted by name may write "
+            "in it");
   EXPECT_TRUE(repairable);
   EXPECT_EQ(problem_of(u"O:BAD:(A;OICI;0x6;;;AU)", repairable),
-            "users other than SYSTEM and the Administrators may write in it")
+            "users other than SYSTEM, the Administrators and accounts granted by name may write "
+            "in it")
       << "creating files and folders is writing";
   EXPECT_EQ(problem_of(u"O:SY", repairable), "it has no access list, so everybody may write in it");
+}
+
+TEST(DataFolderDescriptor, AnAccountGrantedByNameMayWriteButADomainsUsersMayNot) {
+  // The account an Oracle service runs as writes parameter files and ASM copies here; an
+  // administrator grants it by name, and the check keeps such a grant.
+  bool repairable = true;
+  EXPECT_EQ(problem_of(u"O:SYD:P(A;OICI;FA;;;SY)(A;OICI;0x1301bf;;;S-1-5-80-1-2-3-4-5)",
+                       repairable),
+            "");
+  EXPECT_EQ(problem_of(u"O:SYD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;S-1-5-21-1-2-3-1001)", repairable),
+            "");
+  EXPECT_NE(problem_of(u"O:SYD:P(A;OICI;FA;;;SY)(A;OICI;FA;;;S-1-5-21-1-2-3-513)", repairable),
+            "")
+      << "Domain Users are users at large";
+  EXPECT_TRUE(repairable);
 }
 
 TEST(DataFolderDescriptor, AFolderOfAnotherOwnerIsRefusedWhateverItsList) {
@@ -219,7 +237,8 @@ TEST(DataFolderDescriptor, ReadingDenyingAndCreatorEntriesAreAccepted) {
                        repairable),
             "");
   EXPECT_EQ(problem_of(u"O:BAD:P(A;OICI;FA;;;CO)", repairable),
-            "users other than SYSTEM and the Administrators may write in it")
+            "users other than SYSTEM, the Administrators and accounts granted by name may write "
+            "in it")
       << "a creator entry that applies to the folder itself is somebody else's right";
 }
 
