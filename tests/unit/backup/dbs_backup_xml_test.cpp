@@ -383,17 +383,4 @@ TEST_F(MetaFile, RemoveThatFailsIsAWarning) {
 
 namespace {
 
-TEST(PrepareDocument, SidOutsideTheCodePageCarriesWhatTheConversionGives) {
-  const std::u16string sid = u"DB\u65e5\u672c";
-  auto i = std::make_shared<specific::oracle::SDbPrepareInfo>();
-  i->sid = sid;
-  i->home = u"C:\\h";
-  const auto back = specific::oracle::CDbsBackupXml::read_document(
-      specific::oracle::CDbsBackupXml::write_document({i}));
-  ASSERT_EQ(back.size(), 1u);
-  // The narrowing of the system's code page decides: UTF-8 keeps the name, a Windows code page
-  // without those characters puts its replacement in.
-  EXPECT_EQ(back[0]->sid, util::to_unicode(util::to_multibyte(sid)));
-}
-
 }  // namespace
