@@ -205,12 +205,12 @@ namespace explore_test {
 namespace {
 
 TEST_F(ExploreMachine, SidsAndPathsWithQuotesAmpersandsAndNonAsciiLettersAreEscapedAndKept) {
-  use_machine("explore_special_names.reg", "explore_special.xml");
-  expect_document(explore(), "special_names.xml");
+  use_machine("explore_unusual_names.reg", "explore_unusual.xml");
+  expect_document(explore(), "unusual_names.xml");
 }
 
 TEST_F(ExploreMachine, ViewRowWithA1024ByteValueIsLeftOut) {
-  use_machine("explore_special_names.reg", "explore_special.xml");
+  use_machine("explore_unusual_names.reg", "explore_unusual.xml");
   const std::string document = explore();
   EXPECT_EQ(document.find("LLLL"), std::string::npos);
   EXPECT_NE(document.find("users01.dbf"), std::string::npos) << document;
