@@ -32,6 +32,19 @@ std::optional<E> thrown(F&& action) {
   return std::nullopt;
 }
 
+// The whole text (what()) of the exception `action` throws, or "" and a test failure when it
+// throws none.
+template <typename F>
+std::string thrown_text(F&& action) {
+  try {
+    action();
+  } catch (const std::exception& e) {
+    return e.what();
+  }
+  ADD_FAILURE() << "nothing was thrown";
+  return std::string();
+}
+
 using line_t = std::pair<std::string, bool>;  // text, is_trace
 
 inline line_t plain(const std::string& text) { return {text, false}; }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <climits>
 #include <filesystem>
-#include <functional>
 #include <map>
 
 #include "common/exc/exc_base.h"
@@ -15,6 +14,7 @@
 #include "common/xml/xml_node.h"
 #include "frame/oracle_manager.h"
 #include "logs_fixture.h"
+#include "support/thrown.h"
 #include "logs_scenario.h"
 
 namespace logs_test {
@@ -41,16 +41,6 @@ std::vector<listed_t> parse_list(const std::u16string& text) {
     result.push_back(l);
   }
   return result;
-}
-
-std::string thrown_text_of(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const std::exception& e) {
-    return e.what();
-  }
-  ADD_FAILURE() << "nothing was thrown";
-  return "";
 }
 
 using LogBackupTest = logs_test_t;
@@ -128,7 +118,7 @@ TEST_F(LogBackupTest, BookmarkThatIsNoNumberFailsBeforeAnyStatement) {
   const auto m = generate_logs_machine(*folder_, scenario_options_t());
   use_scenario(m.xml);
   for (const std::u16string bad : {u"12 OR 1=1", u"-1", u"1e3", u" 12", u"abc"}) {
-    const std::string text = thrown_text_of([&] {
+    const std::string text = dsl_test::thrown_text([&] {
       COracleManager::instance().backup_logs(util::from_utf8(m.home), u"ORCL", u"", bad, conn_t());
     });
     EXPECT_NE(text.find("is not a decimal number"), std::string::npos) << text;
@@ -225,7 +215,7 @@ TEST_F(LogBackupTest, ArchiveLogCurrentFailingFailsTheCall) {
       "    <fault on=\"execute\" sql=\"ALTER SYSTEM ARCHIVE LOG CURRENT\" error=\"258\"/>\n";
   const auto m = generate_logs_machine(*folder_, o);
   use_scenario(m.xml);
-  const std::string text = thrown_text_of([&] {
+  const std::string text = dsl_test::thrown_text([&] {
     COracleManager::instance().backup_logs(util::from_utf8(m.home), u"ORCL", u"", u"", conn_t());
   });
   EXPECT_NE(text.find("Failed to archive logs current"), std::string::npos) << text;
@@ -241,7 +231,7 @@ TEST_F(LogBackupTest, AsmCopyErrorFailsTheCallWithTheWarningAndNoDescription) {
       "    <fault on=\"execute\" sql=\"DBMS_FILE_TRANSFER\" match=\"contains\" error=\"19505\"/>\n";
   const auto m = generate_logs_machine(*folder_, o);
   use_scenario(m.xml);
-  const std::string text = thrown_text_of([&] {
+  const std::string text = dsl_test::thrown_text([&] {
     COracleManager::instance().backup_logs(util::from_utf8(m.home), u"ORCL", u"", u"", conn_t());
   });
   EXPECT_TRUE(log_has("WARN|Failed to copy archived log from [+FRA/ORCL/ARCHIVELOG/"));
@@ -259,7 +249,7 @@ TEST_F(LogBackupTest, LocalCopyOfAMissingFileFailsTheCallWithNoDescription) {
   const auto m = generate_logs_machine(*folder_, o);
   use_scenario(m.xml);
   configure(folder_->path(u"logs\\"), true);
-  const std::string text = thrown_text_of([&] {
+  const std::string text = dsl_test::thrown_text([&] {
     COracleManager::instance().backup_logs(util::from_utf8(m.home), u"ORCL", u"", u"", conn_t());
   });
   EXPECT_TRUE(log_has("WARN|Failed to copy archived log from [" + m.logs[0].name + "]"));
@@ -276,7 +266,7 @@ TEST_F(LogBackupTest, ListedLogWhoseFileIsGoneFailsTheCallNamingIt) {
   std::error_code ec;
   std::filesystem::remove(native_path(*folder_, m.logs[3].fileWindowsPath), ec);
   use_scenario(m.xml);
-  const std::string text = thrown_text_of([&] {
+  const std::string text = dsl_test::thrown_text([&] {
     COracleManager::instance().backup_logs(util::from_utf8(m.home), u"ORCL", u"", u"", conn_t());
   });
   const auto& gone = m.logs[3];
@@ -318,7 +308,7 @@ TEST_F(LogBackupTest, SeveralThreadsComeAsRowsOfOneList) {
 TEST_F(LogBackupTest, SessionFailureIsWrappedByTheManagersLine) {
   const auto m = generate_logs_machine(*folder_, scenario_options_t());
   use_scenario(m.xml);
-  const std::string text = thrown_text_of([&] {
+  const std::string text = dsl_test::thrown_text([&] {
     COracleManager::instance().backup_logs(u"C:\\nowhere", u"NOSUCH", u"", u"", conn_t());
   });
   EXPECT_NE(text.find("Oracle manager failed to backup archived logs"), std::string::npos) << text;

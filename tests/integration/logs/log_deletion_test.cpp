@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <climits>
 #include <ctime>
-#include <functional>
 #include <set>
 #include <tuple>
 
 #include "common/text/convert.h"
 #include "frame/oracle_manager.h"
 #include "logs_fixture.h"
+#include "support/thrown.h"
 #include "logs_scenario.h"
 
 namespace logs_test {
@@ -21,16 +21,6 @@ namespace {
 
 using specific::oracle::COracleManager;
 using specific::oracle::conn_t;
-
-std::string thrown_text_of(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const std::exception& e) {
-    return e.what();
-  }
-  ADD_FAILURE() << "nothing was thrown";
-  return "";
-}
 
 class LogDeletionTest : public logs_test_t {
  protected:
@@ -289,13 +279,13 @@ TEST_F(LogDeletionTest, FailingQueryFailsBothRulesWithTheByTimeLine) {
       "    <fault on=\"execute\" sql=\"SELECT FIRST_CHANGE#, BLOCK_SIZE\" match=\"prefix\" error=\"942\"/>\n";
   const auto m = generate_logs_machine(*folder_, o);
   use_scenario(m.xml);
-  const std::string bySize = thrown_text_of([&] {
+  const std::string bySize = dsl_test::thrown_text([&] {
     COracleManager::instance().delete_logs_by_size(util::from_utf8(m.home), u"ORCL", 0, conn_t());
   });
   EXPECT_NE(bySize.find("Failed to get active archive logs"), std::string::npos) << bySize;
   EXPECT_NE(bySize.find("Failed to remove archived logs by size"), std::string::npos) << bySize;
   EXPECT_NE(bySize.find("Oracle manager failed to delete archived logs by time"), std::string::npos);
-  const std::string byTime = thrown_text_of([&] {
+  const std::string byTime = dsl_test::thrown_text([&] {
     COracleManager::instance().delete_logs_by_time(util::from_utf8(m.home), u"ORCL", 0, conn_t());
   });
   EXPECT_NE(byTime.find("Failed to remove archived logs by time"), std::string::npos) << byTime;

@@ -3,11 +3,11 @@
 // never the database's own files.
 #include <gtest/gtest.h>
 
-#include <functional>
 
 #include "common/text/convert.h"
 #include "frame/oracle_manager.h"
 #include "logs_fixture.h"
+#include "support/thrown.h"
 #include "logs_scenario.h"
 
 namespace logs_test {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "oracle/logs/log_backup.h"
-#include "thrown_text.h"
+#include "support/thrown.h"
 
 namespace specific::oracle::logs {
 namespace {
@@ -29,7 +29,7 @@ TEST(LogBackupRulesTest, BookmarkOfDigitsOrNothingPassesTheCheck) {
 
 TEST(LogBackupRulesTest, BookmarkThatIsNoNumberFailsWithAClearText) {
   for (const std::u16string bad : {u"12 OR 1=1", u"-5", u"+5", u" 5", u"5 ", u"0x10", u"1.5", u"\u0661"}) {
-    const std::string text = logs_test::thrown_text([&] { check_bookmark(bad); });
+    const std::string text = dsl_test::thrown_text([&] { check_bookmark(bad); });
     EXPECT_NE(text.find("is not a decimal number"), std::string::npos) << text;
   }
 }

@@ -11,7 +11,7 @@
 
 #include "common/text/convert.h"
 #include "oracle/logs/log_deletion.h"
-#include "thrown_text.h"
+#include "support/thrown.h"
 
 namespace specific::oracle::logs {
 namespace {
@@ -182,7 +182,7 @@ TEST(LogDeletionRulesTest, SortResultDoesNotDependOnTheInputOrder) {
 TEST(LogDeletionRulesTest, SequenceThatIsNoNumberFailsTheSortWithBadCast) {
   arch_log_list_t logs = {make_log(5, 1, 10, 1), make_log(6, 1, 11, 1)};
   logs[1]->seqNum = u"12a";
-  const std::string text = logs_test::thrown_text([&] { sort_active_logs(logs); });
+  const std::string text = dsl_test::thrown_text([&] { sort_active_logs(logs); });
   EXPECT_NE(text.find("bad cast"), std::string::npos) << text;
   EXPECT_NE(text.find("The sequence number [12a]"), std::string::npos) << text;
   EXPECT_EQ(logs[0]->recId, u"10");  // nothing moved
@@ -220,7 +220,7 @@ TEST(LogDeletionRulesTest, SizeThatIsNoNumberFailsWithBadCastAfterTheRemovalsSoF
                           make_log(1, 1, 1, 100)};
   logs[2]->size = u"lots";
   std::set<std::u16string> removed;
-  const std::string text = logs_test::thrown_text([&] {
+  const std::string text = dsl_test::thrown_text([&] {
     apply_size_rule(logs, 50, [&](const SArchLogInfo& l) { removed.insert(l.recId); });
   });
   EXPECT_NE(text.find("bad cast"), std::string::npos) << text;
@@ -231,8 +231,8 @@ TEST(LogDeletionRulesTest, SizeThatIsNoNumberFailsWithBadCastAfterTheRemovalsSoF
 }
 
 TEST(LogDeletionRulesTest, NegativeSizeTextIsNoNumber) {
-  EXPECT_NE(logs_test::thrown_text([] { parse_u64(u"-1"); }).find("bad cast"), std::string::npos);
-  EXPECT_NE(logs_test::thrown_text([] { parse_u64(u"18446744073709551616"); }).find("bad cast"),
+  EXPECT_NE(dsl_test::thrown_text([] { parse_u64(u"-1"); }).find("bad cast"), std::string::npos);
+  EXPECT_NE(dsl_test::thrown_text([] { parse_u64(u"18446744073709551616"); }).find("bad cast"),
             std::string::npos);
   EXPECT_EQ(parse_u64(u"18446744073709551615"), UINT64_MAX);
   EXPECT_EQ(parse_u64(u"007"), 7u);
@@ -335,7 +335,7 @@ TEST(LogDeletionRulesTest, DeleteBlockCarriesEightValuesInSevenPlaceholders) {
 TEST(LogDeletionRulesTest, DeleteBlockRefusesANumberFieldThatIsNotDigits) {
   auto log = make_log(7, 2, 33, 1024);
   log->stamp = u"1'); DROP DIRECTORY X; --";
-  const std::string text = logs_test::thrown_text([&] { delete_log_block(*log); });
+  const std::string text = dsl_test::thrown_text([&] { delete_log_block(*log); });
   EXPECT_NE(text.find("of STAMP is not a decimal number"), std::string::npos) << text;
 }
 

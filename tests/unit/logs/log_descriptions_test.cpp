@@ -8,7 +8,7 @@
 #include "common/text/convert.h"
 #include "oracle/logs/log_descriptions.h"
 #include "support/test_folder.h"
-#include "thrown_text.h"
+#include "support/thrown.h"
 
 namespace specific::oracle::logs {
 namespace {
@@ -74,7 +74,7 @@ TEST_F(LogDescriptionsTest, WriteFailureKeepsTheFilesWrittenSoFar) {
   auto a = std::make_shared<SArchLogInfo>(sample("a"));
   auto b = std::make_shared<SArchLogInfo>(sample("b"));
   b->xmlLogPath = folder_.path(u"no-such-folder\\b.xml");
-  const std::string text = logs_test::thrown_text([&] { write_descriptions({a, b}, "t"); });
+  const std::string text = dsl_test::thrown_text([&] { write_descriptions({a, b}, "t"); });
   EXPECT_NE(text.find("Failed to save oracle log description"), std::string::npos) << text;
   EXPECT_TRUE(folder_.raw_exists(u"a.xml"));
 }
@@ -118,7 +118,7 @@ TEST_F(LogDescriptionsTest, EnumFailsWholeOnOneUnparsableFile) {
   auto a = std::make_shared<SArchLogInfo>(sample("a"));
   write_descriptions({a}, "t");
   folder_.raw_write(u"broken.xml", "<archived_log logPath=");
-  const std::string text = logs_test::thrown_text([&] { enumerate_descriptions(folder_.base()); });
+  const std::string text = dsl_test::thrown_text([&] { enumerate_descriptions(folder_.base()); });
   EXPECT_NE(text.find("Failed to enum oracle logs description"), std::string::npos) << text;
 }
 
@@ -248,7 +248,7 @@ TEST_F(LogDescriptionsTest, RemoveOfTheRestoreElementStopsThereAndFails) {
   const std::u16string list = u"<archived_logs><archived_log logPath=\"" + folder_.path(u"first") +
                               u"\"/><restore dbPrepareXml=\"x\"/><archived_log logPath=\"" +
                               folder_.path(u"last") + u"\"/></archived_logs>";
-  const std::string text = logs_test::thrown_text([&] { remove_described_logs(list, folder_.base()); });
+  const std::string text = dsl_test::thrown_text([&] { remove_described_logs(list, folder_.base()); });
   EXPECT_NE(text.find("Attribute value is not specified. Attribute: [logPath]."),
             std::string::npos)
       << text;
@@ -269,7 +269,7 @@ TEST_F(LogDescriptionsTest, RemoveOfTextThatIsNotXmlFailsAndDeletesNothing) {
   for (const std::u16string& bad : {std::u16string(u"not xml at all <"), std::u16string(),
                                     u"<archived_logs><archived_log logPath=\"" +
                                         folder_.path(u"keep") + u"\">"}) {
-    const std::string text = logs_test::thrown_text([&] { remove_described_logs(bad, folder_.base()); });
+    const std::string text = dsl_test::thrown_text([&] { remove_described_logs(bad, folder_.base()); });
     EXPECT_NE(text.find("Failed to save oracle log description"), std::string::npos) << text;
   }
   EXPECT_TRUE(folder_.raw_exists(u"keep"));
