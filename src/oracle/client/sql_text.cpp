@@ -34,4 +34,8 @@ std::string quoted_identifier(const std::string& name) {
   return "\"" + doubled(name, '"') + "\"";
 }
 
+std::string utc_time_text_of(const std::string& column) {
+  return "TO_CHAR(SYS_EXTRACT_UTC(CAST(" + column + " AS TIMESTAMP)), 'yyyy/mm/dd hh24:mi:ss')";
+}
+
 }  // namespace specific::oracle::sql

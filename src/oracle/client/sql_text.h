@@ -19,4 +19,8 @@ std::string literal_text(const std::string& value);
 // A quoted identifier: `name` in double quotes, every double quote inside doubled.
 std::string quoted_identifier(const std::string& name);
 
+// A date column of Oracle's views as its moment in UTC, in the text form the archived-log
+// records carry: TO_CHAR(SYS_EXTRACT_UTC(CAST(<column> AS TIMESTAMP)), 'yyyy/mm/dd hh24:mi:ss').
+std::string utc_time_text_of(const std::string& column);
+
 }  // namespace specific::oracle::sql

@@ -26,12 +26,11 @@ const char* const kNewestLogRecord =
 }  // namespace collect_sql
 
 std::string archived_logs_sql() {
-  const char* const utc = "TO_CHAR(SYS_EXTRACT_UTC(CAST(%1 AS TIMESTAMP)), 'yyyy/mm/dd hh24:mi:ss')";
   // The three tab characters are part of the statement as the server sees it.
   return util::fmt_t::format(
       "SELECT NAME, FIRST_CHANGE#, NEXT_CHANGE#, BLOCKS*BLOCK_SIZE, \t\t\t%1, %2, SEQUENCE# FROM "
       "V$ARCHIVED_LOG WHERE STATUS != 'D'",
-      util::fmt_t::format(utc, "FIRST_TIME"), util::fmt_t::format(utc, "NEXT_TIME"));
+      sql::utc_time_text_of("FIRST_TIME"), sql::utc_time_text_of("NEXT_TIME"));
 }
 
 arch_log_ptr_t arch_log_from_row(const std::vector<std::u16string>& row) {

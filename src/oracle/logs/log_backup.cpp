@@ -29,11 +29,10 @@ namespace logs {
 std::string select_logs_statement(const std::u16string& lastRecId) {
   const std::string condition =
       lastRecId.empty() ? std::string() : util::fmt_t::format("WHERE RECID > %1", util::to_utf8(lastRecId));
-  const char* const utc = "TO_CHAR(SYS_EXTRACT_UTC(CAST(%1 AS TIMESTAMP)), 'yyyy/mm/dd hh24:mi:ss')";
   return util::fmt_t::format(
       "SELECT FIRST_CHANGE#, %1, NEXT_CHANGE#, %2, NAME, SEQUENCE#, RECID, STAMP FROM "
       "V$ARCHIVED_LOG %3",
-      util::fmt_t::format(utc, "FIRST_TIME"), util::fmt_t::format(utc, "NEXT_TIME"), condition);
+      sql::utc_time_text_of("FIRST_TIME"), sql::utc_time_text_of("NEXT_TIME"), condition);
 }
 
 void check_bookmark(const std::u16string& lastRecId) {

@@ -50,11 +50,10 @@ uint64_t saturating_add(uint64_t a, uint64_t b) { return a > UINT64_MAX - b ? UI
 }  // namespace
 
 std::string active_logs_statement() {
-  const char* const utc = "TO_CHAR(SYS_EXTRACT_UTC(CAST(%1 AS TIMESTAMP)), 'yyyy/mm/dd hh24:mi:ss')";
   return util::fmt_t::format(
       "SELECT FIRST_CHANGE#, BLOCK_SIZE, RECID, STAMP, NAME, \t\t\tTHREAD#, SEQUENCE#, "
       "RESETLOGS_CHANGE#, BLOCKS*BLOCK_SIZE, \t\t\t%1, %2 FROM V$ARCHIVED_LOG WHERE STATUS != 'D'",
-      util::fmt_t::format(utc, "FIRST_TIME"), util::fmt_t::format(utc, "NEXT_TIME"));
+      sql::utc_time_text_of("FIRST_TIME"), sql::utc_time_text_of("NEXT_TIME"));
 }
 
 arch_log_ptr_t active_log_from_row(const std::vector<std::u16string>& row) {
